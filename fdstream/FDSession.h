@@ -1,0 +1,104 @@
+// The process-wide frame-director session, shared by this library and the stream-handling library.
+#ifndef FDSTREAM_FDSESSION_H
+#define FDSTREAM_FDSESSION_H
+
+#include <stdint.h>
+
+#include <map>
+#include <mutex>
+
+#include <utils/StrongPointer.h>
+#include <utils/Thread.h>
+
+#include <vendor/zorv/zorvprovider/fdstream/1.0/IFDSession.h>
+#include <vendor/zorv/zorvprovider/zorvprovider/2.4/types.h>
+
+#include "FramingEngine.h"
+
+namespace vendor {
+namespace zorv {
+namespace zorvprovider {
+namespace fdstream {
+namespace V1_0 {
+namespace implementation {
+
+// One session per process, created by the first getInstance() and never released. This
+// library holds getInstance, the constructor, getInterface, the forwarding TrampolineInterface,
+// resetPTZScene and the scene/PTZ setters; the stream-handling library holds the statics, the
+// virtual operations (the "CaptureRequestMonitor" thread loop), the handlers and attachEngine.
+// mLock guards sInstance and every member that the provider reads or writes.
+class FDSession : public ::android::Thread {
+public:
+    using SceneControl = ::vendor::zorv::zorvprovider::zorvprovider::V2_4::SceneControl;
+    using TrackControl = ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl;
+    using StreamConfiguration = ::android::hardware::camera::device::V3_2::StreamConfiguration;
+    using CaptureRequest = ::android::hardware::camera::device::V3_2::CaptureRequest;
+
+    // What clients of IFDSession hold: forwards every call to the one session.
+    class TrampolineInterface : public IFDSession {
+    public:
+        explicit TrampolineInterface(const ::android::sp<FDSession>& parent) : mParent(parent) {}
+        ::android::hardware::Return<int32_t> setCallback(
+                const ::android::sp<IFDSessionCallback>& callback) override;
+        ::android::hardware::Return<int32_t> configure(
+                const StreamConfiguration& configuration) override;
+        ::android::hardware::Return<int32_t> processCaptureRequest(
+                const CaptureRequest& request) override;
+
+    private:
+        ::android::sp<FDSession> mParent;
+    };
+
+    static ::android::sp<FDSession> getInstance();
+    ::android::sp<IFDSession> getInterface();
+
+    // Puts the PTZ framing back to the whole 1280 x 720 frame; the engine is not told.
+    void resetPTZScene();
+    // Store a deep copy and hand a copy to the engine, both under mLock.
+    void setSceneControl(const SceneControl& scene);
+    void setPTZControl(const SceneControl& scene);
+
+    // Stream-handling half: called on the client's thread through a TrampolineInterface.
+    int32_t handleSetCallback(const ::android::sp<IFDSessionCallback>& callback);
+    int32_t handleConfigure(const StreamConfiguration& configuration);
+    int32_t handleCaptureRequest(const CaptureRequest& request);
+    // Stream-handling half: attaches (or with nullptr detaches) the framing engine.
+    void attachEngine(FramingEngine* engine);
+
+    ~FDSession() override;
+
+    static std::recursive_mutex mLock;
+    static ::android::sp<FDSession> sInstance;
+
+    // Used only by the stream-handling half.
+    std::map<int32_t, ::android::hardware::camera::device::V3_2::Stream> mStreams;
+    std::map<uint32_t, uint64_t> mPendingFrames;
+    bool mConfigured;
+    ::android::sp<IFDSessionCallback> mCallback;
+    ::android::hardware::hidl_vec<uint8_t> mSettingsBuffer;
+    uint8_t mReserved[48];
+
+    // Framing records, guarded by mLock.
+    TrackControl mTrackControl;
+    SceneControl mSceneControl;
+    SceneControl mPTZControl;
+    int32_t mTrackingMode;
+    FramingEngine* mEngine;  // not owned
+
+private:
+    FDSession();
+    bool threadLoop() override;
+    ::android::status_t readyToRun() override;
+
+    void setControl(SceneControl& stored, const SceneControl& scene,
+                    void (FramingEngine::*notify)(const SceneControl&));
+};
+
+}  // namespace implementation
+}  // namespace V1_0
+}  // namespace fdstream
+}  // namespace zorvprovider
+}  // namespace zorv
+}  // namespace vendor
+
+#endif  // FDSTREAM_FDSESSION_H

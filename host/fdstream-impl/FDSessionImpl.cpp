@@ -1,0 +1,91 @@
+// Host stand-in for the session's stream-handling half: statics, handlers, thread loop, engine.
+#include "FDSession.h"
+
+#include <unistd.h>
+
+#include <atomic>
+
+#include "FDSessionHostControl.h"
+
+namespace {
+std::atomic<int32_t> sSetCallbackResult{0};
+std::atomic<int32_t> sConfigureResult{0};
+std::atomic<int32_t> sCaptureRequestResult{0};
+std::atomic<int> sSetCallbackCount{0};
+std::atomic<int> sConfigureCount{0};
+std::atomic<int> sCaptureRequestCount{0};
+std::atomic<int> sThreadsStarted{0};
+}  // namespace
+
+namespace fdstream_host {
+
+void setHandlerResults(int32_t setCallbackResult, int32_t configureResult,
+                       int32_t captureRequestResult) {
+    sSetCallbackResult = setCallbackResult;
+    sConfigureResult = configureResult;
+    sCaptureRequestResult = captureRequestResult;
+}
+
+HandlerCounts handlerCounts() {
+    return {sSetCallbackCount, sConfigureCount, sCaptureRequestCount, sThreadsStarted};
+}
+
+}  // namespace fdstream_host
+
+namespace vendor {
+namespace zorv {
+namespace zorvprovider {
+namespace fdstream {
+namespace V1_0 {
+namespace implementation {
+
+std::recursive_mutex FDSession::mLock;
+::android::sp<FDSession> FDSession::sInstance;
+
+FDSession::~FDSession() {}
+
+::android::status_t FDSession::readyToRun() {
+    ++sThreadsStarted;
+    return ::android::OK;
+}
+
+// The host has no capture stream to watch: the thread idles until asked to exit.
+bool FDSession::threadLoop() {
+    usleep(50 * 1000);
+    return !exitPending();
+}
+
+int32_t FDSession::handleSetCallback(const ::android::sp<IFDSessionCallback>& callback) {
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    ++sSetCallbackCount;
+    mCallback = callback;
+    return sSetCallbackResult;
+}
+
+int32_t FDSession::handleConfigure(const StreamConfiguration& configuration) {
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    ++sConfigureCount;
+    mStreams.clear();
+    for (const auto& stream : configuration.streams) mStreams[stream.id] = stream;
+    mConfigured = true;
+    return sConfigureResult;
+}
+
+int32_t FDSession::handleCaptureRequest(const CaptureRequest& request) {
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    ++sCaptureRequestCount;
+    mPendingFrames[request.frameNumber] = request.fmqSettingsSize;
+    return sCaptureRequestResult;
+}
+
+void FDSession::attachEngine(FramingEngine* engine) {
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    mEngine = engine;
+}
+
+}  // namespace implementation
+}  // namespace V1_0
+}  // namespace fdstream
+}  // namespace zorvprovider
+}  // namespace zorv
+}  // namespace vendor

@@ -1,0 +1,50 @@
+// Test access to provider state that has no interface method.
+#ifndef TESTS_SUPPORT_PROVIDERPEER_H
+#define TESTS_SUPPORT_PROVIDERPEER_H
+
+#include <mutex>
+
+#include "ZorvCameraProvider.h"
+
+namespace vendor {
+namespace zorv {
+namespace zorvprovider {
+namespace zorvprovider {
+namespace V2_4 {
+namespace implementation {
+
+class ZorvCameraProviderTestPeer {
+public:
+    static void setZoomInLimit(ZorvCameraProvider& p, uint32_t limit) {
+        std::lock_guard<std::recursive_mutex> lock(p.mLock);
+        p.mZoomInLimit = limit;
+    }
+    static uint32_t zoomInLimit(ZorvCameraProvider& p) {
+        std::lock_guard<std::recursive_mutex> lock(p.mLock);
+        return p.mZoomInLimit;
+    }
+    static SceneControl lastCrop(ZorvCameraProvider& p) {
+        std::lock_guard<std::recursive_mutex> lock(p.mLock);
+        return p.mLastCrop;
+    }
+    static size_t listenerCount(ZorvCameraProvider& p) {
+        std::lock_guard<std::recursive_mutex> lock(p.mLock);
+        return p.mListeners.size();
+    }
+    // Sends one notification through the provider's fan-out.
+    static void notify(ZorvCameraProvider& p, const char* callback,
+                       const std::function<::android::hardware::Return<void>(
+                               const ::android::sp<IZorvCameraProviderCallback>&)>& call) {
+        p.notifyListeners(callback, call);
+    }
+    static std::recursive_mutex& lock(ZorvCameraProvider& p) { return p.mLock; }
+};
+
+}  // namespace implementation
+}  // namespace V2_4
+}  // namespace zorvprovider
+}  // namespace zorvprovider
+}  // namespace zorv
+}  // namespace vendor
+
+#endif  // TESTS_SUPPORT_PROVIDERPEER_H
