@@ -24,14 +24,14 @@ namespace zorvprovider {
 namespace V2_4 {
 namespace implementation {
 
-using RequestMetadataQueue = ::android::hardware::MessageQueue<uint8_t,
-                                                               ::android::hardware::kSynchronizedReadWrite>;
+using RequestMetadataQueue =
+        ::android::hardware::MessageQueue<uint8_t, ::android::hardware::kSynchronizedReadWrite>;
 
 // One instance per process (sInstance), created by the first Instance(). mLock guards sInstance
 // and every camera's entries; every operation but appendAlwaysMetadata holds it throughout.
 // The cache owns the payloads of its entries (types 0 to 5) and never keeps a caller's buffer.
 class CameraControlCache {
-public:
+  public:
     using CaptureRequest = ::android::hardware::camera::device::V3_2::CaptureRequest;
 
     static std::shared_ptr<CameraControlCache> Instance();
@@ -53,13 +53,13 @@ public:
                        std::shared_ptr<RequestMetadataQueue> queue);
     // Merges one entry into the request's settings blob at the head of the queue and writes
     // the result to its tail. Takes no lock: the caller holds what it needs.
-    void appendAlwaysMetadata(std::shared_ptr<RequestMetadataQueue> queue,
-                              CaptureRequest& request, ACameraMetadata_entry entry);
+    void appendAlwaysMetadata(std::shared_ptr<RequestMetadataQueue> queue, CaptureRequest& request,
+                              ACameraMetadata_entry entry);
 
     static std::shared_ptr<CameraControlCache> sInstance;
     static std::recursive_mutex mLock;
 
-private:
+  private:
     CameraControlCache() = default;
 
     std::map<std::string, std::vector<ACameraMetadata_entry>> mEntries;

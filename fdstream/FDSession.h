@@ -28,7 +28,7 @@ namespace implementation {
 // virtual operations (the "CaptureRequestMonitor" thread loop), the handlers and attachEngine.
 // mLock guards sInstance and every member that the provider reads or writes.
 class FDSession : public ::android::Thread {
-public:
+  public:
     using SceneControl = ::vendor::zorv::zorvprovider::zorvprovider::V2_4::SceneControl;
     using TrackControl = ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl;
     using StreamConfiguration = ::android::hardware::camera::device::V3_2::StreamConfiguration;
@@ -36,7 +36,7 @@ public:
 
     // What clients of IFDSession hold: forwards every call to the one session.
     class TrampolineInterface : public IFDSession {
-    public:
+      public:
         explicit TrampolineInterface(const ::android::sp<FDSession>& parent) : mParent(parent) {}
         ::android::hardware::Return<int32_t> setCallback(
                 const ::android::sp<IFDSessionCallback>& callback) override;
@@ -45,7 +45,7 @@ public:
         ::android::hardware::Return<int32_t> processCaptureRequest(
                 const CaptureRequest& request) override;
 
-    private:
+      private:
         ::android::sp<FDSession> mParent;
     };
 
@@ -85,7 +85,7 @@ public:
     int32_t mTrackingMode;
     FramingEngine* mEngine;  // not owned
 
-private:
+  private:
     FDSession();
     bool threadLoop() override;
     ::android::status_t readyToRun() override;

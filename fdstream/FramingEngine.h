@@ -18,7 +18,7 @@ namespace implementation {
 // onTrackControl without it. The four operations are the whole virtual table, in this
 // order; the engine's owner destroys it, never the session.
 class FramingEngine {
-public:
+  public:
     virtual void onSceneControl(
             const ::vendor::zorv::zorvprovider::zorvprovider::V2_4::SceneControl& scene) = 0;
     virtual void onPTZControl(
@@ -27,7 +27,7 @@ public:
             const ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl& track) = 0;
     virtual void onTrackingModeChanged(int32_t mode) = 0;
 
-protected:
+  protected:
     ~FramingEngine() = default;
 };
 

@@ -49,8 +49,8 @@ Return<void> ZorvCameraProvider::clearListener(const sp<IZorvCameraProviderCallb
     return Void();
 }
 
-void ZorvCameraProvider::notifyListeners(
-        const char* callback, const std::function<Return<void>(const Listener&)>& call) {
+void ZorvCameraProvider::notifyListeners(const char* callback,
+                                         const std::function<Return<void>(const Listener&)>& call) {
     std::lock_guard<std::recursive_mutex> lock(mLock);
     // A listener may call back into the provider on this thread (the lock is recursive) and
     // register or remove listeners, so the walk runs over a snapshot of the list.

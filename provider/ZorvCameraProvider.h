@@ -30,7 +30,7 @@ namespace implementation {
 // is guarded by mLock, which is taken first whenever both are held. Listener calls are made
 // with mLock held.
 class ZorvCameraProvider : public IZorvCameraProvider {
-public:
+  public:
     template <typename T>
     using sp = ::android::sp<T>;
     template <typename T>
@@ -72,8 +72,7 @@ public:
     Return<void> setMetaArray(const hidl_string& cameraId, uint32_t tag,
                               const hidl_vec<int32_t>& values) override;
     Return<void> setZoomInLimit(const hidl_string& cameraId, uint32_t level) override;
-    Return<void> setVirtualCameraAvailability(const hidl_string& cameraId,
-                                              bool available) override;
+    Return<void> setVirtualCameraAvailability(const hidl_string& cameraId, bool available) override;
     Return<bool> getVirtualCameraAvailability(const hidl_string& cameraId) override;
     Return<VirtualCameraCapability> getVirtualCameraCapability(
             const hidl_string& cameraId) override;
@@ -104,7 +103,7 @@ public:
     static void buildSceneJson(const SceneControl& scene, hidl_string& json);
     static void buildTrackJson(const TrackControl& track, hidl_string& json);
 
-private:
+  private:
     using Listener = sp<IZorvCameraProviderCallback>;
 
     // The one fan-out of every notification: calls `call` on each listener in registration

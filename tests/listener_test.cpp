@@ -11,8 +11,7 @@ using ::android::sp;
 using ::android::hardware::hidl_string;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::VirtualCameraCapability;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::
-        ZorvCameraProviderTestPeer;
+using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProviderTestPeer;
 
 namespace {
 
@@ -25,15 +24,14 @@ std::string address(const sp<RecordingListener>& l) {
 }
 
 class ListenerTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override { LogCapture::clear(); }
     void notify() {
-        ZorvCameraProviderTestPeer::notify(
-                *provider, "onVirtualCameraCapabilityChange",
-                [](const sp<IZorvCameraProviderCallback>& l) {
-                    return l->onVirtualCameraCapabilityChange("0",
-                                                              VirtualCameraCapability::SUPPORTED);
-                });
+        ZorvCameraProviderTestPeer::notify(*provider, "onVirtualCameraCapabilityChange",
+                                           [](const sp<IZorvCameraProviderCallback>& l) {
+                                               return l->onVirtualCameraCapabilityChange(
+                                                       "0", VirtualCameraCapability::SUPPORTED);
+                                           });
     }
     std::vector<LogLine> errorLines() {
         std::vector<LogLine> out;
@@ -102,11 +100,10 @@ TEST_F(ListenerTest, DeadListenerIsDroppedOthersStillNotifiedInOrder) {
     EXPECT_EQ(allListenerEvents(),
               (std::vector<std::string>{"first: " + event, "second: " + event, "third: " + event,
                                         "first: " + event, "third: " + event}));
-    EXPECT_EQ(errorLines(),
-              (std::vector<LogLine>{providerLine(
-                      kError,
-                      "Error from onVirtualCameraCapabilityChange callback: "
-                      "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '")}));
+    EXPECT_EQ(errorLines(), (std::vector<LogLine>{providerLine(
+                                    kError,
+                                    "Error from onVirtualCameraCapabilityChange callback: "
+                                    "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '")}));
     EXPECT_EQ(ZorvCameraProviderTestPeer::listenerCount(*provider), 2u);
 }
 

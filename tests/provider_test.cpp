@@ -66,8 +66,10 @@ TEST(ProviderEntryTest, TrackingPropertyAcceptsOnlyZeroToFive) {
 
     EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
               (std::vector<LogLine>{
-                      providerLine(kError, "setTrackingModeProperty: ignoring invalid trackingMode 6"),
-                      providerLine(kError, "setTrackingModeProperty: ignoring invalid trackingMode -1"),
+                      providerLine(kError,
+                                   "setTrackingModeProperty: ignoring invalid trackingMode 6"),
+                      providerLine(kError,
+                                   "setTrackingModeProperty: ignoring invalid trackingMode -1"),
                       providerLine(kInfo, "setTrackingModeProperty: setting talker tracking to 5"),
               }));
 }
@@ -83,14 +85,16 @@ TEST(ProviderEntryTest, BaseMethodsOfferNoCameraDevices) {
                             ++calls;
                             status = s;
                             EXPECT_EQ(sections.size(), 0u);
-                        }).isOk());
+                        })
+                        .isOk());
     EXPECT_EQ(status, Status::OK);
 
     ASSERT_TRUE(provider->getCameraIdList([&](Status s, const auto& ids) {
                             ++calls;
                             status = s;
                             EXPECT_EQ(ids.size(), 0u);
-                        }).isOk());
+                        })
+                        .isOk());
     EXPECT_EQ(status, Status::OK);
 
     bool support = true;
@@ -98,27 +102,28 @@ TEST(ProviderEntryTest, BaseMethodsOfferNoCameraDevices) {
                             ++calls;
                             status = s;
                             support = supported;
-                        }).isOk());
+                        })
+                        .isOk());
     EXPECT_EQ(status, Status::OK);
     EXPECT_FALSE(support);
 
     bool gotDevice = true;
     ASSERT_TRUE(provider->getCameraDeviceInterface_V1_x("device@1.0/internal/0",
-                                                         [&](Status s, const auto& device) {
-                                                             ++calls;
-                                                             status = s;
-                                                             gotDevice = device != nullptr;
-                                                         })
+                                                        [&](Status s, const auto& device) {
+                                                            ++calls;
+                                                            status = s;
+                                                            gotDevice = device != nullptr;
+                                                        })
                         .isOk());
     EXPECT_EQ(status, Status::ILLEGAL_ARGUMENT);
     EXPECT_FALSE(gotDevice);
 
     ASSERT_TRUE(provider->getCameraDeviceInterface_V3_x("device@3.2/internal/0",
-                                                         [&](Status s, const auto& device) {
-                                                             ++calls;
-                                                             status = s;
-                                                             gotDevice = device != nullptr;
-                                                         })
+                                                        [&](Status s, const auto& device) {
+                                                            ++calls;
+                                                            status = s;
+                                                            gotDevice = device != nullptr;
+                                                        })
                         .isOk());
     EXPECT_EQ(status, Status::ILLEGAL_ARGUMENT);
     EXPECT_FALSE(gotDevice);

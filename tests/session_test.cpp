@@ -28,7 +28,8 @@ sp<IFDSession> fdSessionOf(const sp<ZorvCameraProvider>& provider) {
     EXPECT_TRUE(provider->getFDSessionInterface([&](Status s, const sp<IFDSession>& i) {
                             status = s;
                             session = i;
-                        }).isOk());
+                        })
+                        .isOk());
     EXPECT_EQ(status, Status::OK);
     return session;
 }
@@ -76,8 +77,7 @@ TEST(SessionTest, NewSessionHoldsWholeFrameAndResetKeepsTransitionAndDuration) {
 
     // Then only the crop and frame change, the engine is not told, and the reset is logged
     std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
-    EXPECT_EQ(session->mPTZControl,
-              (SceneControl{{Crop{0, 0, 1280, 720}}, 1280, 720, 1, 500, 9}));
+    EXPECT_EQ(session->mPTZControl, (SceneControl{{Crop{0, 0, 1280, 720}}, 1280, 720, 1, 500, 9}));
     EXPECT_TRUE(engine.calls().empty());
     EXPECT_EQ(LogCapture::lines(),
               (std::vector<LogLine>{providerLine(kDebug, "PTZ Scene reset 0 0 1280 720")}));
@@ -93,13 +93,12 @@ TEST(SessionTest, InterfacesAreDistinctAndDriveTheSameSession) {
     ASSERT_NE(first, nullptr);
     ASSERT_NE(second, nullptr);
     EXPECT_NE(first.get(), second.get());
-    EXPECT_EQ(LogCapture::lines(),
-              (std::vector<LogLine>{
-                      providerLine(kInfo, "getFDSessionInterface: enter \n"),
-                      providerLine(kInfo, "getFDSessionInterface: exit \n"),
-                      providerLine(kInfo, "getFDSessionInterface: enter \n"),
-                      providerLine(kInfo, "getFDSessionInterface: exit \n"),
-              }));
+    EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{
+                                           providerLine(kInfo, "getFDSessionInterface: enter \n"),
+                                           providerLine(kInfo, "getFDSessionInterface: exit \n"),
+                                           providerLine(kInfo, "getFDSessionInterface: enter \n"),
+                                           providerLine(kInfo, "getFDSessionInterface: exit \n"),
+                                   }));
 
     // Both reach the one session's handlers
     EXPECT_EQ(static_cast<int32_t>(first->configure(StreamConfiguration{})), 0);

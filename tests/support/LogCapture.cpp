@@ -11,7 +11,7 @@
 namespace testing_support {
 namespace {
 
-std::mutex sLock;  // guards sLines
+std::mutex sLock;                                          // guards sLines
 std::vector<LogLine>& sLines = *new std::vector<LogLine>;  // outlives every static user
 
 void captureLogger(const __android_logger_data* data, const char* message) {

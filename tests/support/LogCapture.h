@@ -26,7 +26,7 @@ constexpr int kError = 6;
 
 // Installed before main(); every priority is captured.
 class LogCapture {
-public:
+  public:
     static std::vector<LogLine> lines();
     // Lines with this tag, in order.
     static std::vector<LogLine> linesWithTag(const std::string& tag);

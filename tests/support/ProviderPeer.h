@@ -14,7 +14,7 @@ namespace V2_4 {
 namespace implementation {
 
 class ZorvCameraProviderTestPeer {
-public:
+  public:
     static void setZoomInLimit(ZorvCameraProvider& p, uint32_t limit) {
         std::lock_guard<std::recursive_mutex> lock(p.mLock);
         p.mZoomInLimit = limit;

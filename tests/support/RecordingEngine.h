@@ -10,9 +10,9 @@
 
 namespace testing_support {
 
-class RecordingEngine : public ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::
-                                FramingEngine {
-public:
+class RecordingEngine
+    : public ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FramingEngine {
+  public:
     using SceneControl = ::vendor::zorv::zorvprovider::zorvprovider::V2_4::SceneControl;
     using TrackControl = ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl;
 
@@ -38,7 +38,7 @@ public:
     void onTrackControl(const TrackControl& track) override;
     void onTrackingModeChanged(int32_t mode) override;
 
-private:
+  private:
     void record(Call call);
 
     mutable std::mutex mLock;  // guards mCalls

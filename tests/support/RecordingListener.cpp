@@ -18,8 +18,8 @@ std::string describe(const SceneControl& scene) {
     os << "crops=[";
     for (size_t i = 0; i < scene.crops.size(); ++i) {
         const auto& c = scene.crops[i];
-        os << (i ? " " : "") << "{" << c.left << "," << c.top << "," << c.right << ","
-           << c.bottom << "}";
+        os << (i ? " " : "") << "{" << c.left << "," << c.top << "," << c.right << "," << c.bottom
+           << "}";
     }
     os << "] frame=" << scene.frameWidth << "x" << scene.frameHeight
        << " transition=" << scene.transition << " duration=" << scene.duration
@@ -53,8 +53,8 @@ std::vector<RecordingListener::hidl_vec<CameraInfo>> RecordingListener::infos() 
     std::lock_guard<std::mutex> lock(mLock);
     return mInfos;
 }
-std::vector<RecordingListener::hidl_vec<RecordingListener::hidl_string>>
-RecordingListener::lists() const {
+std::vector<RecordingListener::hidl_vec<RecordingListener::hidl_string>> RecordingListener::lists()
+        const {
     std::lock_guard<std::mutex> lock(mLock);
     return mLists;
 }

@@ -22,7 +22,7 @@ using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::SceneControl;
 std::string describe(const SceneControl& scene);
 
 class RecordingListener : public IZorvCameraProviderCallback {
-public:
+  public:
     using hidl_string = ::android::hardware::hidl_string;
     template <typename T>
     using hidl_vec = ::android::hardware::hidl_vec<T>;
@@ -62,7 +62,7 @@ public:
     Return<void> onVirtualCameraAvailablityChange(const hidl_string& cameraId,
                                                   bool available) override;
 
-private:
+  private:
     Return<void> record(const std::string& event);
 
     const std::string mName;

@@ -20,7 +20,8 @@ HEADER_DIR = REPO / "host" / "interfaces" / "include"
 # Platform interfaces ours derive from, whose host headers must keep the platform's order.
 STAND_INS = [REPO / "host/interfaces/hal/android/hardware/camera/provider/2.4/ICameraProvider.hal"]
 
-HEADER_METHOD = re.compile(r"^\s*virtual\s+::android::hardware::Return<.*>\s+(\w+)\s*\(")
+# The declaration may be wrapped after the return type, as clang-format does for long ones.
+HEADER_METHOD = re.compile(r"^\s*virtual\s+::android::hardware::Return<[^;{]*?>\s+(\w+)\s*\(", re.M)
 
 
 def strip_comments_and_annotations(text):
@@ -71,7 +72,7 @@ def hal_methods(text, path):
 
 
 def header_methods(path):
-    return [m.group(1) for m in map(HEADER_METHOD.match, path.read_text().splitlines()) if m]
+    return HEADER_METHOD.findall(path.read_text())
 
 
 def check(hal):

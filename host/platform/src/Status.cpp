@@ -12,40 +12,68 @@ namespace {
 
 std::string exceptionToString(int32_t ex) {
     switch (ex) {
-        case Status::EX_NONE: return "EX_NONE";
-        case Status::EX_SECURITY: return "EX_SECURITY";
-        case Status::EX_BAD_PARCELABLE: return "EX_BAD_PARCELABLE";
-        case Status::EX_ILLEGAL_ARGUMENT: return "EX_ILLEGAL_ARGUMENT";
-        case Status::EX_NULL_POINTER: return "EX_NULL_POINTER";
-        case Status::EX_ILLEGAL_STATE: return "EX_ILLEGAL_STATE";
-        case Status::EX_NETWORK_MAIN_THREAD: return "EX_NETWORK_MAIN_THREAD";
-        case Status::EX_UNSUPPORTED_OPERATION: return "EX_UNSUPPORTED_OPERATION";
-        case Status::EX_HAS_REPLY_HEADER: return "EX_HAS_REPLY_HEADER";
-        case Status::EX_TRANSACTION_FAILED: return "EX_TRANSACTION_FAILED";
+        case Status::EX_NONE:
+            return "EX_NONE";
+        case Status::EX_SECURITY:
+            return "EX_SECURITY";
+        case Status::EX_BAD_PARCELABLE:
+            return "EX_BAD_PARCELABLE";
+        case Status::EX_ILLEGAL_ARGUMENT:
+            return "EX_ILLEGAL_ARGUMENT";
+        case Status::EX_NULL_POINTER:
+            return "EX_NULL_POINTER";
+        case Status::EX_ILLEGAL_STATE:
+            return "EX_ILLEGAL_STATE";
+        case Status::EX_NETWORK_MAIN_THREAD:
+            return "EX_NETWORK_MAIN_THREAD";
+        case Status::EX_UNSUPPORTED_OPERATION:
+            return "EX_UNSUPPORTED_OPERATION";
+        case Status::EX_HAS_REPLY_HEADER:
+            return "EX_HAS_REPLY_HEADER";
+        case Status::EX_TRANSACTION_FAILED:
+            return "EX_TRANSACTION_FAILED";
     }
     return std::to_string(ex);
 }
 
 std::string statusToString(status_t s) {
     switch (s) {
-        case OK: return "OK";
-        case UNKNOWN_ERROR: return "UNKNOWN_ERROR";
-        case NO_MEMORY: return "NO_MEMORY";
-        case INVALID_OPERATION: return "INVALID_OPERATION";
-        case BAD_VALUE: return "BAD_VALUE";
-        case BAD_TYPE: return "BAD_TYPE";
-        case NAME_NOT_FOUND: return "NAME_NOT_FOUND";
-        case PERMISSION_DENIED: return "PERMISSION_DENIED";
-        case NO_INIT: return "NO_INIT";
-        case ALREADY_EXISTS: return "ALREADY_EXISTS";
-        case DEAD_OBJECT: return "DEAD_OBJECT";
-        case FAILED_TRANSACTION: return "FAILED_TRANSACTION";
-        case BAD_INDEX: return "BAD_INDEX";
-        case NOT_ENOUGH_DATA: return "NOT_ENOUGH_DATA";
-        case WOULD_BLOCK: return "WOULD_BLOCK";
-        case TIMED_OUT: return "TIMED_OUT";
-        case UNKNOWN_TRANSACTION: return "UNKNOWN_TRANSACTION";
-        case FDS_NOT_ALLOWED: return "FDS_NOT_ALLOWED";
+        case OK:
+            return "OK";
+        case UNKNOWN_ERROR:
+            return "UNKNOWN_ERROR";
+        case NO_MEMORY:
+            return "NO_MEMORY";
+        case INVALID_OPERATION:
+            return "INVALID_OPERATION";
+        case BAD_VALUE:
+            return "BAD_VALUE";
+        case BAD_TYPE:
+            return "BAD_TYPE";
+        case NAME_NOT_FOUND:
+            return "NAME_NOT_FOUND";
+        case PERMISSION_DENIED:
+            return "PERMISSION_DENIED";
+        case NO_INIT:
+            return "NO_INIT";
+        case ALREADY_EXISTS:
+            return "ALREADY_EXISTS";
+        case DEAD_OBJECT:
+            return "DEAD_OBJECT";
+        case FAILED_TRANSACTION:
+            return "FAILED_TRANSACTION";
+        case BAD_INDEX:
+            return "BAD_INDEX";
+        case NOT_ENOUGH_DATA:
+            return "NOT_ENOUGH_DATA";
+        case WOULD_BLOCK:
+            return "WOULD_BLOCK";
+        case TIMED_OUT:
+            return "TIMED_OUT";
+        case UNKNOWN_TRANSACTION:
+            return "UNKNOWN_TRANSACTION";
+        case FDS_NOT_ALLOWED:
+            return "FDS_NOT_ALLOWED";
     }
     return std::to_string(s) + " " + strerror(-s);
 }
@@ -57,8 +85,8 @@ Status Status::fromExceptionCode(int32_t exceptionCode) {
 }
 
 Status Status::fromExceptionCode(int32_t exceptionCode, const char* message) {
-    return Status(exceptionCode,
-                  exceptionCode == EX_TRANSACTION_FAILED ? FAILED_TRANSACTION : OK, message);
+    return Status(exceptionCode, exceptionCode == EX_TRANSACTION_FAILED ? FAILED_TRANSACTION : OK,
+                  message);
 }
 
 Status Status::fromStatusT(status_t status) {

@@ -24,7 +24,7 @@ namespace details {
 
 // Same 16-byte layout as the platform's: buffer pointer, 32-bit size, ownership flag.
 class hidl_string {
-public:
+  public:
     hidl_string();
     hidl_string(const hidl_string& other);
     hidl_string(hidl_string&& other) noexcept;
@@ -47,7 +47,7 @@ public:
 
     operator std::string() const { return std::string(mBuffer, mSize); }  // NOLINT
 
-private:
+  private:
     void copyFrom(const char* data, size_t size);
     void moveFrom(hidl_string&& other);
 
@@ -69,12 +69,10 @@ bool operator<(const hidl_string& a, const hidl_string& b);
 // Same layout as the platform's; storage comes from new[] and goes back with delete[].
 template <typename T>
 class hidl_vec {
-public:
+  public:
     hidl_vec() : mBuffer(nullptr), mSize(0), mOwnsBuffer(true) {}
     explicit hidl_vec(size_t size) : hidl_vec() { resize(size); }
-    hidl_vec(std::initializer_list<T> list) : hidl_vec() {
-        assignRange(list.begin(), list.size());
-    }
+    hidl_vec(std::initializer_list<T> list) : hidl_vec() { assignRange(list.begin(), list.size()); }
     hidl_vec(const std::vector<T>& v) : hidl_vec() { assignRange(v.data(), v.size()); }  // NOLINT
     hidl_vec(const hidl_vec& other) : hidl_vec() { *this = other; }
     hidl_vec(hidl_vec&& other) noexcept : mOwnsBuffer(false) { *this = std::move(other); }
@@ -106,7 +104,8 @@ public:
 
     // Adopts data; with shouldOwn it must come from new[] and is freed with delete[].
     void setToExternal(T* data, size_t size, bool shouldOwn = false) {
-        if (size > UINT32_MAX) details::logAlwaysFatal("external vector size exceeds 2^32 elements.");
+        if (size > UINT32_MAX)
+            details::logAlwaysFatal("external vector size exceeds 2^32 elements.");
         releaseOwned();
         mBuffer = data;
         mSize = static_cast<uint32_t>(size);
@@ -124,7 +123,8 @@ public:
     const T* end() const { return mBuffer + mSize; }
 
     void resize(size_t size) {
-        if (size > UINT32_MAX) details::logAlwaysFatal("hidl_vec can't hold more than 2^32 elements.");
+        if (size > UINT32_MAX)
+            details::logAlwaysFatal("hidl_vec can't hold more than 2^32 elements.");
         T* buffer = size > 0 ? new T[size]() : nullptr;
         std::move(mBuffer, mBuffer + std::min<size_t>(size, mSize), buffer);
         releaseOwned();
@@ -135,9 +135,10 @@ public:
 
     operator std::vector<T>() const { return std::vector<T>(begin(), end()); }  // NOLINT
 
-private:
+  private:
     void assignRange(const T* data, size_t size) {
-        if (size > UINT32_MAX) details::logAlwaysFatal("hidl_vec can't hold more than 2^32 elements.");
+        if (size > UINT32_MAX)
+            details::logAlwaysFatal("hidl_vec can't hold more than 2^32 elements.");
         T* buffer = size > 0 ? new T[size] : nullptr;
         std::copy(data, data + size, buffer);
         releaseOwned();
@@ -168,7 +169,7 @@ bool operator!=(const hidl_vec<T>& a, const hidl_vec<T>& b) {
 // Fixed-size array of a struct field; plain data copied as a whole.
 template <typename T, size_t N>
 class hidl_array {
-public:
+  public:
     T* data() { return mBuffer; }
     const T* data() const { return mBuffer; }
     T& operator[](size_t i) { return mBuffer[i]; }
@@ -179,7 +180,7 @@ public:
     }
     bool operator!=(const hidl_array& other) const { return !(*this == other); }
 
-private:
+  private:
     T mBuffer[N] = {};
 };
 

@@ -14,7 +14,7 @@ namespace hardware {
 
 // A transport status: an exception code and, for failed transactions, a status_t.
 class Status final {
-public:
+  public:
     enum Exception {
         EX_NONE = 0,
         EX_SECURITY = -1,
@@ -44,7 +44,7 @@ public:
     // "No error", or e.g. "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '".
     std::string description() const;
 
-private:
+  private:
     Status(int32_t exception, status_t error, std::string message)
         : mException(exception), mErrorCode(error), mMessage(std::move(message)) {}
 
@@ -57,7 +57,7 @@ namespace details {
 
 // The status half of every Return: a failed status must be looked at before it is dropped.
 class return_status {
-public:
+  public:
     return_status() = default;
     return_status(const Status& status) : mStatus(status) {}  // NOLINT: implicit
     return_status(const return_status&) = delete;
@@ -76,7 +76,7 @@ public:
     std::string description() const { return mStatus.description(); }
     void assertOk() const;
 
-private:
+  private:
     void checkDropped() const;
 
     Status mStatus;
@@ -87,8 +87,8 @@ private:
 
 template <typename T>
 class Return : public details::return_status {
-public:
-    Return(T value) : details::return_status(), mVal(std::move(value)) {}  // NOLINT
+  public:
+    Return(T value) : details::return_status(), mVal(std::move(value)) {}     // NOLINT
     Return(const Status& status) : details::return_status(status), mVal{} {}  // NOLINT
     Return(Return&& other) = default;
     Return& operator=(Return&& other) = default;
@@ -100,13 +100,13 @@ public:
         return mVal;
     }
 
-private:
+  private:
     T mVal;
 };
 
 template <>
 class Return<void> : public details::return_status {
-public:
+  public:
     Return() : details::return_status() {}
     Return(const Status& status) : details::return_status(status) {}  // NOLINT
     Return(Return&& other) = default;

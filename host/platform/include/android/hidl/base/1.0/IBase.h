@@ -18,9 +18,8 @@ struct IBase : virtual public ::android::RefBase {
 
     virtual bool isRemote() const { return false; }
 
-    using interfaceChain_cb =
-            std::function<void(const ::android::hardware::hidl_vec<::android::hardware::hidl_string>&
-                                       descriptors)>;
+    using interfaceChain_cb = std::function<void(
+            const ::android::hardware::hidl_vec<::android::hardware::hidl_string>& descriptors)>;
     using interfaceDescriptor_cb =
             std::function<void(const ::android::hardware::hidl_string& descriptor)>;
 
@@ -41,7 +40,7 @@ struct IBase : virtual public ::android::RefBase {
         return ::android::hardware::Void();
     }
 
-protected:
+  protected:
     // The descriptor of the most derived interface; generated interfaces override it.
     virtual const char* interfaceName() const { return descriptor; }
 };

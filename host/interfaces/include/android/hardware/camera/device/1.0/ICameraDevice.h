@@ -13,7 +13,7 @@ namespace V1_0 {
 struct ICameraDevice : public ::android::hidl::base::V1_0::IBase {
     static constexpr const char* descriptor = "android.hardware.camera.device@1.0::ICameraDevice";
 
-protected:
+  protected:
     const char* interfaceName() const override { return descriptor; }
 };
 

@@ -14,8 +14,16 @@ namespace V3_2 {
 typedef ::android::hardware::hidl_vec<uint8_t> CameraMetadata;
 
 enum class StreamType : uint32_t { OUTPUT = 0u, INPUT = 1u };
-enum class StreamRotation : uint32_t { ROTATION_0 = 0u, ROTATION_90 = 1u, ROTATION_180 = 2u, ROTATION_270 = 3u };
-enum class StreamConfigurationMode : uint32_t { NORMAL_MODE = 0u, CONSTRAINED_HIGH_SPEED_MODE = 1u };
+enum class StreamRotation : uint32_t {
+    ROTATION_0 = 0u,
+    ROTATION_90 = 1u,
+    ROTATION_180 = 2u,
+    ROTATION_270 = 3u
+};
+enum class StreamConfigurationMode : uint32_t {
+    NORMAL_MODE = 0u,
+    CONSTRAINED_HIGH_SPEED_MODE = 1u
+};
 enum class BufferStatus : uint32_t { OK = 0u, ERROR = 1u };
 
 struct Stream final {

@@ -17,15 +17,17 @@ namespace provider {
 namespace V2_4 {
 
 struct ICameraProvider : public ::android::hidl::base::V1_0::IBase {
-    static constexpr const char* descriptor = "android.hardware.camera.provider@2.4::ICameraProvider";
+    static constexpr const char* descriptor =
+            "android.hardware.camera.provider@2.4::ICameraProvider";
 
     using getVendorTags_cb = std::function<void(
             ::android::hardware::camera::common::V1_0::Status status,
             const ::android::hardware::hidl_vec<
                     ::android::hardware::camera::common::V1_0::VendorTagSection>& sections)>;
-    using getCameraIdList_cb = std::function<void(
-            ::android::hardware::camera::common::V1_0::Status status,
-            const ::android::hardware::hidl_vec<::android::hardware::hidl_string>& cameraDeviceNames)>;
+    using getCameraIdList_cb =
+            std::function<void(::android::hardware::camera::common::V1_0::Status status,
+                               const ::android::hardware::hidl_vec<
+                                       ::android::hardware::hidl_string>& cameraDeviceNames)>;
     using isSetTorchModeSupported_cb = std::function<void(
             ::android::hardware::camera::common::V1_0::Status status, bool support)>;
     using getCameraDeviceInterface_V1_x_cb = std::function<void(
@@ -35,8 +37,8 @@ struct ICameraProvider : public ::android::hidl::base::V1_0::IBase {
             ::android::hardware::camera::common::V1_0::Status status,
             const ::android::sp<::android::hardware::camera::device::V3_2::ICameraDevice>& device)>;
 
-    virtual ::android::hardware::Return<::android::hardware::camera::common::V1_0::Status> setCallback(
-            const ::android::sp<ICameraProviderCallback>& callback) = 0;
+    virtual ::android::hardware::Return<::android::hardware::camera::common::V1_0::Status>
+    setCallback(const ::android::sp<ICameraProviderCallback>& callback) = 0;
     virtual ::android::hardware::Return<void> getVendorTags(getVendorTags_cb _hidl_cb) = 0;
     virtual ::android::hardware::Return<void> getCameraIdList(getCameraIdList_cb _hidl_cb) = 0;
     virtual ::android::hardware::Return<void> isSetTorchModeSupported(
@@ -48,7 +50,7 @@ struct ICameraProvider : public ::android::hidl::base::V1_0::IBase {
             const ::android::hardware::hidl_string& cameraDeviceName,
             getCameraDeviceInterface_V3_x_cb _hidl_cb) = 0;
 
-protected:
+  protected:
     const char* interfaceName() const override { return descriptor; }
 };
 

@@ -22,7 +22,7 @@ struct ICameraProviderCallback : public ::android::hidl::base::V1_0::IBase {
             const ::android::hardware::hidl_string& cameraDeviceName,
             ::android::hardware::camera::common::V1_0::TorchModeStatus newStatus) = 0;
 
-protected:
+  protected:
     const char* interfaceName() const override { return descriptor; }
 };
 

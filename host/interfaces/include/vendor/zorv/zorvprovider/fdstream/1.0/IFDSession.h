@@ -18,11 +18,12 @@ struct IFDSession : public ::android::hidl::base::V1_0::IBase {
     virtual ::android::hardware::Return<int32_t> setCallback(
             const ::android::sp<IFDSessionCallback>& callback) = 0;
     virtual ::android::hardware::Return<int32_t> configure(
-            const ::android::hardware::camera::device::V3_2::StreamConfiguration& configuration) = 0;
+            const ::android::hardware::camera::device::V3_2::StreamConfiguration&
+                    configuration) = 0;
     virtual ::android::hardware::Return<int32_t> processCaptureRequest(
             const ::android::hardware::camera::device::V3_2::CaptureRequest& request) = 0;
 
-protected:
+  protected:
     const char* interfaceName() const override { return descriptor; }
 };
 

@@ -17,7 +17,7 @@ struct IFDSessionCallback : public ::android::hidl::base::V1_0::IBase {
     virtual ::android::hardware::Return<void> onFrameProcessed(uint32_t frameNumber,
                                                                int32_t status) = 0;
 
-protected:
+  protected:
     const char* interfaceName() const override { return descriptor; }
 };
 

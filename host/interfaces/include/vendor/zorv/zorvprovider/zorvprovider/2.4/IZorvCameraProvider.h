@@ -22,7 +22,8 @@ struct IZorvCameraProvider : public ::android::hardware::camera::provider::V2_4:
 
     using getFDSessionInterface_cb = std::function<void(
             ::android::hardware::camera::common::V1_0::Status status,
-            const ::android::sp<::vendor::zorv::zorvprovider::fdstream::V1_0::IFDSession>& session)>;
+            const ::android::sp<::vendor::zorv::zorvprovider::fdstream::V1_0::IFDSession>&
+                    session)>;
     using getCurrentCameraCropArea_cb = std::function<void(const SceneControl& scene)>;
     using getVirtualCameraList_cb = std::function<void(
             const ::android::hardware::hidl_vec<::android::hardware::hidl_string>& names)>;
@@ -31,12 +32,12 @@ struct IZorvCameraProvider : public ::android::hardware::camera::provider::V2_4:
 
     virtual ::android::hardware::Return<void> getFDSessionInterface(
             getFDSessionInterface_cb _hidl_cb) = 0;
-    virtual ::android::hardware::Return<::android::hardware::camera::common::V1_0::Status> setSceneJson(
-            const ::android::hardware::hidl_string& json) = 0;
+    virtual ::android::hardware::Return<::android::hardware::camera::common::V1_0::Status>
+    setSceneJson(const ::android::hardware::hidl_string& json) = 0;
     virtual ::android::hardware::Return<::android::hardware::camera::common::V1_0::Status> setScene(
             const SceneControl& scene) = 0;
-    virtual ::android::hardware::Return<::android::hardware::camera::common::V1_0::Status> setTracking(
-            const TrackControl& track) = 0;
+    virtual ::android::hardware::Return<::android::hardware::camera::common::V1_0::Status>
+    setTracking(const TrackControl& track) = 0;
     virtual ::android::hardware::Return<TrackingMode> getTrackingMode(
             const ::android::hardware::hidl_string& cameraId) = 0;
     virtual ::android::hardware::Return<void> setTrackingMode(
@@ -84,7 +85,7 @@ struct IZorvCameraProvider : public ::android::hardware::camera::provider::V2_4:
     virtual ::android::hardware::Return<void> clearListener(
             const ::android::sp<IZorvCameraProviderCallback>& listener) = 0;
 
-protected:
+  protected:
     const char* interfaceName() const override { return descriptor; }
 };
 

@@ -1,4 +1,5 @@
-// Host copy of the generated vendor.zorv.zorvprovider.zorvprovider@2.4::IZorvCameraProviderCallback.
+// Host copy of the generated
+// vendor.zorv.zorvprovider.zorvprovider@2.4::IZorvCameraProviderCallback.
 #ifndef HIDL_GENERATED_VENDOR_ZORV_ZORVPROVIDER_ZORVPROVIDER_V2_4_IZORVCAMERAPROVIDERCALLBACK_H
 #define HIDL_GENERATED_VENDOR_ZORV_ZORVPROVIDER_ZORVPROVIDER_V2_4_IZORVCAMERAPROVIDERCALLBACK_H
 
@@ -33,7 +34,7 @@ struct IZorvCameraProviderCallback : public ::android::hidl::base::V1_0::IBase {
     virtual ::android::hardware::Return<void> onVirtualCameraAvailablityChange(
             const ::android::hardware::hidl_string& cameraId, bool available) = 0;
 
-protected:
+  protected:
     const char* interfaceName() const override { return descriptor; }
 };
 

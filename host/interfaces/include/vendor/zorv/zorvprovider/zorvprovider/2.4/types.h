@@ -112,8 +112,8 @@ inline bool operator!=(const SceneControl& a, const SceneControl& b) {
 }
 inline bool operator==(const TrackControl& a, const TrackControl& b) {
     return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom &&
-           a.reserved == b.reserved && a.xVelocity == b.xVelocity &&
-           a.yVelocity == b.yVelocity && a.wVelocity == b.wVelocity && a.action == b.action;
+           a.reserved == b.reserved && a.xVelocity == b.xVelocity && a.yVelocity == b.yVelocity &&
+           a.wVelocity == b.wVelocity && a.action == b.action;
 }
 inline bool operator!=(const TrackControl& a, const TrackControl& b) {
     return !(a == b);
