@@ -2,9 +2,14 @@
 #define LOG_TAG "HidlStatus"
 #include <hidl/Status.h>
 
+#include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
 
-#include <android-base/logging.h>
+#include <android/log.h>
 
 namespace android {
 namespace hardware {
@@ -78,6 +83,19 @@ std::string statusToString(status_t s) {
     return std::to_string(s) + " " + strerror(-s);
 }
 
+// The platform's runtime stops the process with a fatal log line; on the host that line goes to
+// stderr in the host logger's form, and to the Android log.
+[[noreturn]] void fatal(const std::string& text) {
+    char when[32];
+    time_t now = time(nullptr);
+    struct tm local;
+    strftime(when, sizeof(when), "%m-%d %H:%M:%S", localtime_r(&now, &local));
+    fprintf(stderr, "HidlStatus F %s %5d %5ld Status.cpp] %s\n", when, getpid(),
+            static_cast<long>(syscall(SYS_gettid)), text.c_str());
+    __android_log_write(ANDROID_LOG_FATAL, LOG_TAG, text.c_str());
+    abort();
+}
+
 }  // namespace
 
 Status Status::fromExceptionCode(int32_t exceptionCode) {
@@ -104,8 +122,7 @@ std::string Status::description() const {
 namespace details {
 
 void logAlwaysFatal(const char* message) {
-    LOG(FATAL) << message;
-    abort();  // not reached
+    fatal(message);
 }
 
 return_status::return_status(return_status&& other) noexcept {
@@ -133,13 +150,13 @@ bool return_status::isDeadObject() const {
 
 void return_status::assertOk() const {
     if (!isOk()) {
-        LOG(FATAL) << "Attempted to retrieve value from failed HIDL call: " << description();
+        fatal("Attempted to retrieve value from failed HIDL call: " + description());
     }
 }
 
 void return_status::checkDropped() const {
     if (!mCheckedStatus && !isOkUnchecked()) {
-        LOG(FATAL) << "Failed HIDL return status not checked: " << description();
+        fatal("Failed HIDL return status not checked: " + description());
     }
 }
 
