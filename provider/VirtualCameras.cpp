@@ -1,6 +1,15 @@
-// Virtual camera registry (stub until implemented).
+// Virtual camera registry: per-camera capability, name list and maximum, with notifications.
 #define LOG_TAG "vendor.zorv.zorvprovider.zorvprovider@2.4-impl"
 #include "ZorvCameraProvider.h"
+
+#include <stdint.h>
+#include <stdio.h>
+
+#include <string>
+#include <vector>
+
+#include <cutils/properties.h>
+#include <log/log.h>
 
 namespace vendor {
 namespace zorv {
@@ -9,21 +18,128 @@ namespace zorvprovider {
 namespace V2_4 {
 namespace implementation {
 
-using ::android::sp;
 using ::android::hardware::hidl_string;
 using ::android::hardware::hidl_vec;
 using ::android::hardware::Return;
 using ::android::hardware::Void;
-using ::android::hardware::camera::common::V1_0::Status;
 
+namespace {
+constexpr const char* kMaxVirtualCamerasProperty = "persist.tessaview.vc.max";
+}  // namespace
 
-Return<VirtualCameraCapability> ZorvCameraProvider::getVirtualCameraCapability(const hidl_string&) { return VirtualCameraCapability::NOT_SUPPORTED; }
-Return<void> ZorvCameraProvider::setVirtualCameraCapability(const hidl_string&, VirtualCameraCapability) { return Void(); }
-Return<void> ZorvCameraProvider::getVirtualCameraList(const hidl_string&, getVirtualCameraList_cb _hidl_cb) { _hidl_cb({}); return Void(); }
-Return<void> ZorvCameraProvider::setVirtualCameraList(const hidl_string&, const hidl_vec<hidl_string>&) { return Void(); }
-Return<void> ZorvCameraProvider::setMaxVirtualCameras(const hidl_string&, uint32_t) { return Void(); }
-Return<uint32_t> ZorvCameraProvider::getMaxVirtualCameras(const hidl_string&) { return 0u; }
-void setMaxVirtualCamProperty(int) {}
+// The tables key by the whole id, byte for byte (std::string(hidl_string) keeps its size),
+// while log lines print it as C text.
+
+void setMaxVirtualCamProperty(int maxVirtualCameras) {
+    char value[PROPERTY_VALUE_MAX];
+    snprintf(value, sizeof(value), "%u", static_cast<unsigned>(maxVirtualCameras));
+    property_set(kMaxVirtualCamerasProperty, value);
+}
+
+Return<VirtualCameraCapability> ZorvCameraProvider::getVirtualCameraCapability(
+        const hidl_string& cameraId) {
+    ALOGD("%s: camera: %s", __func__, cameraId.c_str());
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    auto it = mVirtualCameraCapabilities.find(std::string(cameraId));
+    if (it == mVirtualCameraCapabilities.end()) {
+        ALOGI("%s: did not find virtual camera: %s returning not supported", __func__,
+              cameraId.c_str());
+        return VirtualCameraCapability::NOT_SUPPORTED;
+    }
+    ALOGI("%s: found virtual camera: %s capability: %d", __func__, cameraId.c_str(),
+          static_cast<int32_t>(it->second));
+    return it->second;
+}
+
+Return<void> ZorvCameraProvider::setVirtualCameraCapability(const hidl_string& cameraId,
+                                                            VirtualCameraCapability capability) {
+    ALOGI("%s: camera: %s capability: %d", __func__, cameraId.c_str(),
+          static_cast<int32_t>(capability));
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    mVirtualCameraCapabilities[std::string(cameraId)] = capability;
+    notifyListeners("onVirtualCameraCapabilityChange", [&](const Listener& listener) {
+        return listener->onVirtualCameraCapabilityChange(cameraId, capability);
+    });
+    return Void();
+}
+
+Return<void> ZorvCameraProvider::getVirtualCameraList(const hidl_string& cameraId,
+                                                      getVirtualCameraList_cb _hidl_cb) {
+    ALOGD("%s: camera: %s", __func__, cameraId.c_str());
+    // Held through the result callback, so the answer cannot be half of a concurrent change.
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    auto it = mVirtualCameraLists.find(std::string(cameraId));
+    if (it == mVirtualCameraLists.end()) {
+        // The callback carries only the list; the miss is told by the log alone.
+        ALOGI("%s: did not find virtual cameras for camera: %s returning INTERNAL_ERROR", __func__,
+              cameraId.c_str());
+        _hidl_cb(hidl_vec<hidl_string>());
+        return Void();
+    }
+    const std::vector<std::string>& stored = it->second;
+    ALOGI("%s: found virtual cameras for camera: %s %d", __func__, cameraId.c_str(),
+          static_cast<int>(stored.size()));
+    hidl_vec<hidl_string> names(stored.size());
+    for (size_t i = 0; i < stored.size(); ++i) names[i] = stored[i];
+    _hidl_cb(names);
+    return Void();
+}
+
+Return<void> ZorvCameraProvider::setVirtualCameraList(const hidl_string& cameraId,
+                                                      const hidl_vec<hidl_string>& names) {
+    ALOGI("%s: camera: %s adding %d virtual cameras ", __func__, cameraId.c_str(),
+          static_cast<int>(names.size()));
+    for (const hidl_string& name : names) {
+        ALOGI("%s:    virtual camera: %s", __func__, name.c_str());
+    }
+    ALOGI("%s: camera: %s done with enumeration ", __func__, cameraId.c_str());
+
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    ALOGI("%s: camera: %s clearing the map ", __func__, cameraId.c_str());
+    // A stored name is its text up to the first NUL; listeners still get the names as received.
+    std::vector<std::string> converted;
+    converted.reserve(names.size());
+    for (const hidl_string& name : names) converted.emplace_back(name.c_str());
+    ALOGI("%s: camera: %s transformed the virtual camera names size: %d", __func__,
+          cameraId.c_str(), static_cast<int>(converted.size()));
+    std::vector<std::string>& stored = mVirtualCameraLists[std::string(cameraId)];
+    stored = std::move(converted);
+    ALOGI("%s: camera: %s now has %d virtual cameras", __func__, cameraId.c_str(),
+          static_cast<int>(stored.size()));
+    ALOGI("%s: Calling the listeners", __func__);
+    notifyListeners("onVirtualCameraListChange", [&](const Listener& listener) {
+        return listener->onVirtualCameraListChange(cameraId, names);
+    });
+    return Void();
+}
+
+Return<void> ZorvCameraProvider::setMaxVirtualCameras(const hidl_string& cameraId,
+                                                      uint32_t maxVirtualCameras) {
+    ALOGI("%s: camera: %s setting max virtual cameras to %u", __func__, cameraId.c_str(),
+          maxVirtualCameras);
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    // Kept as its 32 bits; every value, 0 and the largest included, is accepted.
+    mMaxVirtualCameras[std::string(cameraId)] = static_cast<int32_t>(maxVirtualCameras);
+    setMaxVirtualCamProperty(static_cast<int>(maxVirtualCameras));
+    notifyListeners("onMaxVirtualCamerasChange", [&](const Listener& listener) {
+        return listener->onMaxVirtualCamerasChange(cameraId, maxVirtualCameras);
+    });
+    return Void();
+}
+
+Return<uint32_t> ZorvCameraProvider::getMaxVirtualCameras(const hidl_string& cameraId) {
+    ALOGI("%s: camera: %s", __func__, cameraId.c_str());
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    auto it = mMaxVirtualCameras.find(std::string(cameraId));
+    if (it == mMaxVirtualCameras.end()) {
+        ALOGI("%s: did not find max virtual camers for camera: %s returning 0", __func__,
+              cameraId.c_str());
+        return 0u;
+    }
+    ALOGI("%s: Found max virtual camers for camera: %s max: %d", __func__, cameraId.c_str(),
+          it->second);
+    return static_cast<uint32_t>(it->second);
+}
 
 }  // namespace implementation
 }  // namespace V2_4
