@@ -1,6 +1,10 @@
-// Tracking mode and track control (stub until implemented).
+// Tracking mode and track control: the process-wide mode, its notification and property.
 #define LOG_TAG "vendor.zorv.zorvprovider.zorvprovider@2.4-impl"
 #include "ZorvCameraProvider.h"
+
+#include <log/log.h>
+
+#include "FDSession.h"
 
 namespace vendor {
 namespace zorv {
@@ -11,16 +15,90 @@ namespace implementation {
 
 using ::android::sp;
 using ::android::hardware::hidl_string;
-using ::android::hardware::hidl_vec;
 using ::android::hardware::Return;
 using ::android::hardware::Void;
 using ::android::hardware::camera::common::V1_0::Status;
+using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
+using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FramingEngine;
 
+namespace {
+constexpr int32_t kModeOff = 0;
+// Mode 3 is run by the session as mode 2; listeners are still told 3.
+constexpr int32_t kModeThree = 3;
+constexpr int32_t kModeThreeRunsAs = 2;
 
-Return<TrackingMode> ZorvCameraProvider::getTrackingMode(const hidl_string&) { return TrackingMode::OFF; }
-Return<void> ZorvCameraProvider::setTrackingMode(const hidl_string&, TrackingMode) { return Void(); }
-Return<Status> ZorvCameraProvider::setTracking(const TrackControl&) { return Status::OK; }
-void ZorvCameraProvider::notifyCameraTrackControl(const TrackControl&) {}
+int32_t readTrackingMode(const sp<FDSession>& session) {
+    std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);  // guards the session's mode
+    return session->mTrackingMode;
+}
+}  // namespace
+
+Return<TrackingMode> ZorvCameraProvider::getTrackingMode(const hidl_string& /*cameraId*/) {
+    sp<FDSession> session = FDSession::getInstance();
+    if (session == nullptr) return TrackingMode::OFF;
+    return static_cast<TrackingMode>(readTrackingMode(session));
+}
+
+Return<void> ZorvCameraProvider::setTrackingMode(const hidl_string& cameraId, TrackingMode mode) {
+    const int32_t requested = static_cast<int32_t>(mode);
+    ALOGD("ZorvCameraProvider setTrackingMode %d \n", requested);
+    sp<FDSession> session = FDSession::getInstance();
+    if (session == nullptr) return Void();
+
+    // Three separate session sections: a change made in between is reported as found last.
+    const int32_t previous = readTrackingMode(session);
+    const int32_t applied = requested == kModeThree ? kModeThreeRunsAs : requested;
+    {
+        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        if (session->mTrackingMode != applied) {
+            session->mTrackingMode = applied;
+            if (applied == kModeOff) session->resetPTZScene();
+            ALOGD("Tracking changed to %d ", session->mTrackingMode);
+            // The engine hears of the change under the session lock, in order with the store.
+            if (session->mEngine != nullptr) session->mEngine->onTrackingModeChanged(applied);
+        }
+    }
+    const int32_t current = readTrackingMode(session);
+    const int32_t reported =
+            (current == kModeThreeRunsAs && requested == kModeThree) ? kModeThree : current;
+
+    std::lock_guard<std::recursive_mutex> lock(mLock);
+    // The first call of the process always notifies, so listeners and the property agree.
+    if (previous == reported && sTrackingNotified) return Void();
+    const TrackingMode reportedMode = static_cast<TrackingMode>(reported);
+    notifyListeners("cameraDeviceTrackingChange", [&](const Listener& listener) {
+        return listener->cameraDeviceTrackingChange(cameraId, reportedMode);
+    });
+    sTrackingNotified = true;
+    setTrackingModeProperty(reported == kModeThree ? static_cast<TrackingMode>(kModeThreeRunsAs)
+                                                   : reportedMode);
+    return Void();
+}
+
+Return<Status> ZorvCameraProvider::setTracking(const TrackControl& track) {
+    sp<FDSession> session = FDSession::getInstance();
+    if (session == nullptr) return Status::OK;
+    FramingEngine* engine;
+    {
+        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);  // guards the track record
+        session->mTrackControl = track;
+        engine = session->mEngine;
+    }
+    // Unlike the scene records, the track control reaches the engine outside the session lock.
+    if (engine != nullptr) {
+        TrackControl copy = track;
+        engine->onTrackControl(copy);
+    }
+    bool hasListeners;
+    {
+        std::lock_guard<std::recursive_mutex> lock(mLock);
+        hasListeners = !mListeners.empty();
+    }
+    if (hasListeners) notifyCameraTrackControl(track);
+    return Status::OK;
+}
+
+void ZorvCameraProvider::notifyCameraTrackControl(const TrackControl& /*track*/) {}
 
 }  // namespace implementation
 }  // namespace V2_4
