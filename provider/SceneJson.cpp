@@ -1,6 +1,11 @@
-// Scene description text (stub until implemented).
+// Scene description text: a crop of the 1280 x 720 PTZ space as a source rectangle of the full
+// frame.
 #define LOG_TAG "vendor.zorv.zorvprovider.zorvprovider@2.4-impl"
 #include "ZorvCameraProvider.h"
+
+#include <stdio.h>
+
+#include <log/log.h>
 
 namespace vendor {
 namespace zorv {
@@ -9,16 +14,98 @@ namespace zorvprovider {
 namespace V2_4 {
 namespace implementation {
 
-using ::android::sp;
 using ::android::hardware::hidl_string;
-using ::android::hardware::hidl_vec;
-using ::android::hardware::Return;
-using ::android::hardware::Void;
-using ::android::hardware::camera::common::V1_0::Status;
 
+namespace {
 
-void ZorvCameraProvider::buildSceneJson(const SceneControl&, hidl_string&) {}
-void ZorvCameraProvider::buildTrackJson(const TrackControl&, hidl_string&) {}
+constexpr size_t kJsonBufferSize = 1024;
+
+// The scene text and the track text differ only in the members after "weight".
+constexpr char kSceneFormat[] =
+        "\n"
+        "{\n"
+        "  \"scene\":[\n"
+        "    {\n"
+        "      \"cameraid\":\"1\",\n"
+        "      \"source\": { \"xoffset\":\"%d\", \"yoffset\":\"%d\", \"width\":\"%d\", "
+        "\"height\":\"%d\" },\n"
+        "      \"dest\": { \"xoffset\":\"0\", \"yoffset\":\"0\", \"width\":\"5440\", "
+        "\"height\":\"3060\" },\n"
+        "      \"weight\":\"0\",\n"
+        "      \"transition\":\"%d\",\n"
+        "      \"duration\":\"%d\"\n"
+        "    }\n"
+        "  ]\n"
+        "}\n";
+constexpr char kTrackFormat[] =
+        "\n"
+        "{\n"
+        "  \"scene\":[\n"
+        "    {\n"
+        "      \"cameraid\":\"1\",\n"
+        "      \"source\": { \"xoffset\":\"%d\", \"yoffset\":\"%d\", \"width\":\"%d\", "
+        "\"height\":\"%d\" },\n"
+        "      \"dest\": { \"xoffset\":\"0\", \"yoffset\":\"0\", \"width\":\"5440\", "
+        "\"height\":\"3060\" },\n"
+        "      \"weight\":\"0\",\n"
+        "      \"action\":\"%d\",\n"
+        "      \"xVelocity\":\"%f\",\n"
+        "      \"yVelocity\":\"%f\",\n"
+        "      \"wVelocity\":\"%f\"\n"
+        "    }\n"
+        "  ]\n"
+        "}\n";
+static_assert(sizeof(kSceneFormat) - 1 == 284, "scene format changed");
+static_assert(sizeof(kTrackFormat) - 1 == 329, "track format changed");
+
+// The full frame is 5440 x 3060. Arithmetic is 32-bit and wraps (done unsigned to stay
+// defined); the division truncates toward zero.
+int32_t scale(int32_t value, uint32_t full, int32_t ptz) {
+    return static_cast<int32_t>(static_cast<uint32_t>(value) * full) / ptz;
+}
+int32_t span(int32_t from, int32_t to) {
+    return static_cast<int32_t>(static_cast<uint32_t>(to) - static_cast<uint32_t>(from));
+}
+
+struct Source {
+    int32_t xoffset, yoffset, width, height;
+};
+Source sourceOf(int32_t left, int32_t top, int32_t right, int32_t bottom) {
+    return {scale(left, 5440, 1280), scale(top, 3060, 720), scale(span(left, right), 5440, 1280),
+            scale(span(top, bottom), 3060, 720)};
+}
+
+// Keeps `json` as it was when the text does not fit the buffer or formatting fails.
+void assignFormatted(int res, const char* buffer, hidl_string& json) {
+    if (res >= 1 && static_cast<size_t>(res) < kJsonBufferSize) {
+        json = buffer;
+    } else {
+        ALOGE("Failed to build scene JSON: res %d", res);
+    }
+}
+
+}  // namespace
+
+void ZorvCameraProvider::buildSceneJson(const SceneControl& scene, hidl_string& json) {
+    if (scene.crops.size() == 0) {
+        json = "";
+        return;
+    }
+    const Crop& c = scene.crops[0];
+    const Source s = sourceOf(c.left, c.top, c.right, c.bottom);
+    char buffer[kJsonBufferSize];
+    int res = snprintf(buffer, sizeof(buffer), kSceneFormat, s.xoffset, s.yoffset, s.width,
+                       s.height, scene.transition, scene.duration);
+    assignFormatted(res, buffer, json);
+}
+
+void ZorvCameraProvider::buildTrackJson(const TrackControl& track, hidl_string& json) {
+    const Source s = sourceOf(track.left, track.top, track.right, track.bottom);
+    char buffer[kJsonBufferSize];
+    int res = snprintf(buffer, sizeof(buffer), kTrackFormat, s.xoffset, s.yoffset, s.width,
+                       s.height, track.action, track.xVelocity, track.yVelocity, track.wVelocity);
+    assignFormatted(res, buffer, json);
+}
 
 }  // namespace implementation
 }  // namespace V2_4
