@@ -8,6 +8,7 @@
 #include "support/ProviderPeer.h"
 #include "support/RecordingEngine.h"
 #include "support/RecordingListener.h"
+#include "support/TypePrinters.h"
 
 using namespace testing_support;
 using ::android::sp;
