@@ -22,7 +22,7 @@ stage() {
 checks() {
   bash "$root/tools/checks/check_interfaces.sh"
   python3 "$root/tools/checks/check_header_methods.py"
-  bash "$root/tools/checks/check_sources.sh"
+  python3 "$root/tools/checks/check_sources.py"
   bash "$root/tools/checks/check_format.sh"
 }
 
