@@ -283,7 +283,7 @@ int append_camera_metadata(camera_metadata_t* dst, const camera_metadata_t* src)
     memmove(bytes(dst) + entryPos(d, d.entry_count), bytes(src) + s.entries_start,
             s.entry_count * sizeof(Entry));
     memmove(dataAt(dst, d, d.data_count), bytes(src) + s.data_start, s.data_count);
-    if (false) {
+    if (d.data_count != 0) {
         for (size_t i = d.entry_count; i < d.entry_count + s.entry_count; ++i) {
             Entry e = readEntry(dst, d, i);
             if (dataBytes(e.type, e.count) == 0) continue;
