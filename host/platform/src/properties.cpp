@@ -9,13 +9,17 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <android-base/properties.h>
 #include <hostfault/FaultInjection.h>
 
 namespace {
 
-std::mutex sNamesLock;  // guards sNames
+// libbase's host store is not safe for a reader beside a writer, while the device's property
+// service serves every thread; so every store access here goes through this lock.
+std::mutex sStoreLock;  // guards libbase's store and sNames
 std::set<std::string>& names() {
     static std::set<std::string>* sNames = new std::set<std::string>;  // never destroyed
     return *sNames;
@@ -40,7 +44,11 @@ intmax_t propertyGetImax(const char* key, intmax_t lower, intmax_t upper, intmax
 extern "C" {
 
 int property_get(const char* key, char* value, const char* default_value) {
-    std::string v = key != nullptr ? android::base::GetProperty(key, "") : "";
+    std::string v;
+    if (key != nullptr) {
+        std::lock_guard<std::mutex> lock(sStoreLock);
+        v = android::base::GetProperty(key, "");
+    }
     if (v.empty() && default_value != nullptr) v = default_value;
     size_t len = std::min<size_t>(v.size(), PROPERTY_VALUE_MAX - 1);
     memcpy(value, v.data(), len);
@@ -75,22 +83,21 @@ int property_set(const char* key, const char* value) {
     if (value == nullptr) value = "";
     // The device refuses values that do not fit a property slot.
     if (strlen(value) >= PROPERTY_VALUE_MAX) return -1;
+    std::lock_guard<std::mutex> lock(sStoreLock);
     if (!android::base::SetProperty(key, value)) return -1;
-    std::lock_guard<std::mutex> lock(sNamesLock);
     names().insert(key);
     return 0;
 }
 
 int property_list(void (*propfn)(const char* key, const char* value, void* cookie), void* cookie) {
-    std::set<std::string> snapshot;
+    std::vector<std::pair<std::string, std::string>> snapshot;
     {
-        std::lock_guard<std::mutex> lock(sNamesLock);
-        snapshot = names();
+        std::lock_guard<std::mutex> lock(sStoreLock);
+        for (const std::string& key : names()) {
+            snapshot.emplace_back(key, android::base::GetProperty(key, ""));
+        }
     }
-    for (const std::string& key : snapshot) {
-        std::string value = android::base::GetProperty(key, "");
-        propfn(key.c_str(), value.c_str(), cookie);
-    }
+    for (const auto& [key, value] : snapshot) propfn(key.c_str(), value.c_str(), cookie);
     return 0;
 }
 
