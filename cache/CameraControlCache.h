@@ -63,6 +63,8 @@ class CameraControlCache {
     CameraControlCache() = default;
 
     std::map<std::string, std::vector<ACameraMetadata_entry>> mEntries;
+
+    friend class CameraControlCacheTestPeer;
 };
 
 // Tags merged into settings that travel in the request metadata queue.
