@@ -218,7 +218,9 @@ TrackControl parseTrack(const std::vector<std::string>& words) {
 
 CameraInfo parseCameraInfo(const std::string& text) {
     CameraInfo info{};
-    for (const std::string& field : split(stripBraces(text), ',')) {
+    std::string fields = stripBraces(text);
+    for (const std::string& field :
+         fields.empty() ? std::vector<std::string>{} : split(fields, ',')) {
         std::string key, value;
         if (!keyValue(field, key, value)) throw UsageError(quote(field) + " is not FIELD=VALUE");
         if (key == "text1") {

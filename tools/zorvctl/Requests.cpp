@@ -193,7 +193,7 @@ Spec parseSpec(const std::string& text) {
 // The process's cache as the pipeline reaches it, through its exported instance; empty until
 // the first setMetaData or setMetaArray creates it.
 std::shared_ptr<CameraControlCache> cacheInstance() {
-    std::lock_guard<std::recursive_mutex> lock(CameraControlCache::mLock);
+    std::lock_guard lock(CameraControlCache::mLock);
     return CameraControlCache::sInstance;
 }
 

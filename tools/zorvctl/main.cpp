@@ -214,10 +214,6 @@ int main(int argc, char** argv) {
             } else if (source.kind == Source::kCommand) {
                 ok = runLine(context, source.text, "-c " + std::to_string(++commandNumber), true);
             } else {
-                std::string line;
-                for (const std::string& word : source.words)
-                    line += (line.empty() ? "" : " ") + word;
-                out("> " + line);
                 ok = runWords(context, source.words, "arguments");
             }
             if (!ok) status = 1;
