@@ -31,7 +31,7 @@ static_assert(sameCode(ACAMERA_TYPE_BYTE, TYPE_BYTE) && sameCode(ACAMERA_TYPE_IN
               "NDK and metadata library type codes agree");
 
 // Defined before sInstance so that the instance is released first at unload.
-std::recursive_mutex CameraControlCache::mLock;
+RankedRecursiveMutex<LockRank::kCache> CameraControlCache::mLock;
 std::shared_ptr<CameraControlCache> CameraControlCache::sInstance;
 
 namespace {

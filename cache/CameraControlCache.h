@@ -17,6 +17,8 @@
 
 #include <android/hardware/camera/device/3.2/types.h>
 
+#include "LockOrder.h"
+
 namespace vendor {
 namespace zorv {
 namespace zorvprovider {
@@ -57,7 +59,7 @@ class CameraControlCache {
                               ACameraMetadata_entry entry);
 
     static std::shared_ptr<CameraControlCache> sInstance;
-    static std::recursive_mutex mLock;
+    static RankedRecursiveMutex<LockRank::kCache> mLock;
 
   private:
     CameraControlCache() = default;

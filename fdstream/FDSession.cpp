@@ -37,18 +37,18 @@ FDSession::FDSession()
 }
 
 sp<FDSession> FDSession::getInstance() {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     if (sInstance == nullptr) sInstance = new FDSession();
     return sInstance;
 }
 
 sp<IFDSession> FDSession::getInterface() {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     return new TrampolineInterface(this);
 }
 
 void FDSession::resetPTZScene() {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     mPTZControl.frameWidth = kResetFrameWidth;
     mPTZControl.frameHeight = kResetFrameHeight;
     mPTZControl.crops = {kResetCrop};
@@ -66,7 +66,7 @@ void FDSession::setPTZControl(const SceneControl& scene) {
 
 void FDSession::setControl(SceneControl& stored, const SceneControl& scene,
                            void (FramingEngine::*notify)(const SceneControl&)) {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     stored = scene;  // deep copy: the record owns its own crop array
     if (mEngine != nullptr) {
         SceneControl copy = scene;

@@ -14,6 +14,7 @@
 #include <vendor/zorv/zorvprovider/zorvprovider/2.4/types.h>
 
 #include "FramingEngine.h"
+#include "LockOrder.h"
 
 namespace vendor {
 namespace zorv {
@@ -67,7 +68,7 @@ class FDSession : public ::android::Thread {
 
     ~FDSession() override;
 
-    static std::recursive_mutex mLock;
+    static RankedRecursiveMutex<LockRank::kSession> mLock;
     static ::android::sp<FDSession> sInstance;
 
     // Used only by the stream-handling half.

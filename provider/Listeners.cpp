@@ -25,7 +25,7 @@ uint32_t low32(const void* p) {
 }  // namespace
 
 Return<void> ZorvCameraProvider::setListener(const sp<IZorvCameraProviderCallback>& listener) {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     // Every fan-out calls each entry, so the list never holds a null reference.
     if (listener == nullptr) {
         ALOGE("%s: ignoring null listener", "setListener");
@@ -37,7 +37,7 @@ Return<void> ZorvCameraProvider::setListener(const sp<IZorvCameraProviderCallbac
 }
 
 Return<void> ZorvCameraProvider::clearListener(const sp<IZorvCameraProviderCallback>& listener) {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     for (auto it = mListeners.begin(); it != mListeners.end();) {
         if (*it == listener) {
             ALOGD("Removing listener 0x%08x", low32(it->get()));
@@ -51,7 +51,7 @@ Return<void> ZorvCameraProvider::clearListener(const sp<IZorvCameraProviderCallb
 
 void ZorvCameraProvider::notifyListeners(const char* callback,
                                          const std::function<Return<void>(const Listener&)>& call) {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     // A listener may call back into the provider on this thread (the lock is recursive) and
     // register or remove listeners, so the walk runs over a snapshot of the list.
     const std::vector<Listener> listeners = mListeners;

@@ -153,12 +153,12 @@ void ZorvCameraProvider::updatePTZPosition(CameraMoveDirection direction, int32_
     // Two separate sections: the session lock is never held while taking mLock.
     SceneControl current;
     {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         current = session->mPTZControl;
     }
     int32_t z;
     {
-        std::lock_guard<std::recursive_mutex> lock(mLock);
+        std::lock_guard lock(mLock);
         z = static_cast<int32_t>(mZoomInLimit);
     }
 

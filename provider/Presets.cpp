@@ -49,7 +49,7 @@ Return<void> ZorvCameraProvider::savePreset(const hidl_string& /*cameraId*/, int
     const std::string prefix = presetPrefix(preset);
     SceneControl ptz;
     {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);  // guards the PTZ record
+        std::lock_guard lock(FDSession::mLock);  // guards the PTZ record
         ptz = session->mPTZControl;
     }
     const Crop c =

@@ -28,7 +28,7 @@ constexpr int32_t kPtzHeight = 720;
 constexpr const char* kFlipMaskProperty = "persist.camera.cpp.flipmask";
 
 int32_t sessionMode(const sp<FDSession>& session) {
-    std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);  // guards the session's mode
+    std::lock_guard lock(FDSession::mLock);  // guards the session's mode
     return session->mTrackingMode;
 }
 
@@ -65,7 +65,7 @@ Return<Status> ZorvCameraProvider::setScene(const SceneControl& scene) {
     session->setSceneControl(scene);
     bool hasListeners;
     {
-        std::lock_guard<std::recursive_mutex> lock(mLock);
+        std::lock_guard lock(mLock);
         hasListeners = !mListeners.empty();
     }
     if (!hasListeners) return Status::OK;
@@ -79,7 +79,7 @@ Return<void> ZorvCameraProvider::getCurrentCameraCropArea(getCurrentCameraCropAr
     SceneControl reply{};
     sp<FDSession> session = FDSession::getInstance();
     if (session != nullptr) {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);  // guards the records
+        std::lock_guard lock(FDSession::mLock);  // guards the records
         switch (session->mTrackingMode) {
             case 0:
                 reply = session->mPTZControl;
@@ -115,7 +115,7 @@ void ZorvCameraProvider::notifyCameraSceneJson(const hidl_string& json) {
 
 void ZorvCameraProvider::notifyCameraCropArea(const SceneControl& scene, bool withJson) {
     // Held throughout, so the stored crop and its announcements stay in one order.
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     if (sameCrop(scene, mLastCrop)) return;
     mLastCrop = scene;
 

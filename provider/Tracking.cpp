@@ -28,7 +28,7 @@ constexpr int32_t kModeThree = 3;
 constexpr int32_t kModeThreeRunsAs = 2;
 
 int32_t readTrackingMode(const sp<FDSession>& session) {
-    std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);  // guards the session's mode
+    std::lock_guard lock(FDSession::mLock);  // guards the session's mode
     return session->mTrackingMode;
 }
 }  // namespace
@@ -49,7 +49,7 @@ Return<void> ZorvCameraProvider::setTrackingMode(const hidl_string& cameraId, Tr
     const int32_t previous = readTrackingMode(session);
     const int32_t applied = requested == kModeThree ? kModeThreeRunsAs : requested;
     {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         if (session->mTrackingMode != applied) {
             session->mTrackingMode = applied;
             if (applied == kModeOff) session->resetPTZScene();
@@ -62,7 +62,7 @@ Return<void> ZorvCameraProvider::setTrackingMode(const hidl_string& cameraId, Tr
     const int32_t reported =
             (current == kModeThreeRunsAs && requested == kModeThree) ? kModeThree : current;
 
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     // The first call of the process always notifies, so listeners and the property agree.
     if (previous == reported && sTrackingNotified) return Void();
     const TrackingMode reportedMode = static_cast<TrackingMode>(reported);
@@ -80,7 +80,7 @@ Return<Status> ZorvCameraProvider::setTracking(const TrackControl& track) {
     if (session == nullptr) return Status::OK;
     FramingEngine* engine;
     {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);  // guards the track record
+        std::lock_guard lock(FDSession::mLock);  // guards the track record
         session->mTrackControl = track;
         engine = session->mEngine;
     }
@@ -91,7 +91,7 @@ Return<Status> ZorvCameraProvider::setTracking(const TrackControl& track) {
     }
     bool hasListeners;
     {
-        std::lock_guard<std::recursive_mutex> lock(mLock);
+        std::lock_guard lock(mLock);
         hasListeners = !mListeners.empty();
     }
     if (hasListeners) notifyCameraTrackControl(track);

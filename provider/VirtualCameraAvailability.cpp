@@ -42,7 +42,7 @@ Return<void> ZorvCameraProvider::setVirtualCameraAvailability(const hidl_string&
     ALOGI("%s: camera: %s setting virtual camera availability to %d", __func__, cameraId.c_str(),
           available);
     // Held across setTrackingMode, which takes FDSession::mLock inside it (provider lock first).
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     mVirtualCameraAvailability[std::string(cameraId)] = available;
     if (property_get_int32(kMultistreamProperty, 0) != 0) {
         ALOGI("%s: multistream feature flag enabled!!!", __func__);
@@ -63,7 +63,7 @@ Return<void> ZorvCameraProvider::setVirtualCameraAvailability(const hidl_string&
 
 Return<bool> ZorvCameraProvider::getVirtualCameraAvailability(const hidl_string& cameraId) {
     ALOGD("%s: camera: %s", __func__, cameraId.c_str());
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     auto it = mVirtualCameraAvailability.find(std::string(cameraId));
     if (it == mVirtualCameraAvailability.end()) {
         ALOGI("%s: did not find availability for camera: %s returning false", __func__,
@@ -76,7 +76,7 @@ Return<bool> ZorvCameraProvider::getVirtualCameraAvailability(const hidl_string&
 
 Return<void> ZorvCameraProvider::setVirtualCameraInfo(const hidl_vec<CameraInfo>& infos) {
     ALOGI("%s: info size %d", __func__, static_cast<int>(infos.size()));
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     // Deep copies: the stored records own their strings and entries apart from the caller's.
     mVirtualCameraInfos.assign(infos.begin(), infos.end());
     notifyListeners("onVirtualCameraInfos", [&](const Listener& listener) {
@@ -87,7 +87,7 @@ Return<void> ZorvCameraProvider::setVirtualCameraInfo(const hidl_vec<CameraInfo>
 
 Return<void> ZorvCameraProvider::getVirtualCameraInfo(getVirtualCameraInfo_cb _hidl_cb) {
     ALOGI("%s: ", __func__);
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     _hidl_cb(hidl_vec<CameraInfo>(mVirtualCameraInfos));
     return Void();
 }

@@ -39,7 +39,7 @@ void setMaxVirtualCamProperty(int maxVirtualCameras) {
 Return<VirtualCameraCapability> ZorvCameraProvider::getVirtualCameraCapability(
         const hidl_string& cameraId) {
     ALOGD("%s: camera: %s", __func__, cameraId.c_str());
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     auto it = mVirtualCameraCapabilities.find(std::string(cameraId));
     if (it == mVirtualCameraCapabilities.end()) {
         ALOGI("%s: did not find virtual camera: %s returning not supported", __func__,
@@ -55,7 +55,7 @@ Return<void> ZorvCameraProvider::setVirtualCameraCapability(const hidl_string& c
                                                             VirtualCameraCapability capability) {
     ALOGI("%s: camera: %s capability: %d", __func__, cameraId.c_str(),
           static_cast<int32_t>(capability));
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     mVirtualCameraCapabilities[std::string(cameraId)] = capability;
     notifyListeners("onVirtualCameraCapabilityChange", [&](const Listener& listener) {
         return listener->onVirtualCameraCapabilityChange(cameraId, capability);
@@ -67,7 +67,7 @@ Return<void> ZorvCameraProvider::getVirtualCameraList(const hidl_string& cameraI
                                                       getVirtualCameraList_cb _hidl_cb) {
     ALOGD("%s: camera: %s", __func__, cameraId.c_str());
     // Held through the result callback, so the answer cannot be half of a concurrent change.
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     auto it = mVirtualCameraLists.find(std::string(cameraId));
     if (it == mVirtualCameraLists.end()) {
         // The callback carries only the list; the miss is told by the log alone.
@@ -94,7 +94,7 @@ Return<void> ZorvCameraProvider::setVirtualCameraList(const hidl_string& cameraI
     }
     ALOGI("%s: camera: %s done with enumeration ", __func__, cameraId.c_str());
 
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     ALOGI("%s: camera: %s clearing the map ", __func__, cameraId.c_str());
     // A stored name is its text up to the first NUL; listeners still get the names as received.
     std::vector<std::string> converted;
@@ -117,7 +117,7 @@ Return<void> ZorvCameraProvider::setMaxVirtualCameras(const hidl_string& cameraI
                                                       uint32_t maxVirtualCameras) {
     ALOGI("%s: camera: %s setting max virtual cameras to %u", __func__, cameraId.c_str(),
           maxVirtualCameras);
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     // Kept as its 32 bits; every value, 0 and the largest included, is accepted.
     mMaxVirtualCameras[std::string(cameraId)] = static_cast<int32_t>(maxVirtualCameras);
     setMaxVirtualCamProperty(static_cast<int>(maxVirtualCameras));
@@ -129,7 +129,7 @@ Return<void> ZorvCameraProvider::setMaxVirtualCameras(const hidl_string& cameraI
 
 Return<uint32_t> ZorvCameraProvider::getMaxVirtualCameras(const hidl_string& cameraId) {
     ALOGI("%s: camera: %s", __func__, cameraId.c_str());
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     auto it = mMaxVirtualCameras.find(std::string(cameraId));
     if (it == mMaxVirtualCameras.end()) {
         ALOGI("%s: did not find max virtual camers for camera: %s returning 0", __func__,

@@ -37,7 +37,7 @@ ZorvCameraProvider::ZorvCameraProvider() : mLastCrop{}, mZoomInLimit(kDefaultZoo
     if (session == nullptr) return;
     int32_t mode;
     {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         mode = session->mTrackingMode;
     }
     // The property mirrors the session's mode from the moment the service exists.

@@ -18,6 +18,8 @@
 #include <vendor/zorv/zorvprovider/zorvprovider/2.4/IZorvCameraProviderCallback.h>
 #include <vendor/zorv/zorvprovider/zorvprovider/2.4/types.h>
 
+#include "LockOrder.h"
+
 namespace vendor {
 namespace zorv {
 namespace zorvprovider {
@@ -112,8 +114,8 @@ class ZorvCameraProvider : public IZorvCameraProvider {
     void notifyListeners(const char* callback,
                          const std::function<Return<void>(const Listener&)>& call);
 
-    std::recursive_mutex mLock;  // guards every member below
-    SceneControl mLastCrop;      // the crop last announced, as received (unmirrored)
+    RankedRecursiveMutex<LockRank::kProvider> mLock;  // guards every member below
+    SceneControl mLastCrop;  // the crop last announced, as received (unmirrored)
     std::vector<Listener> mListeners;
     uint32_t mZoomInLimit;  // smallest crop width a zoom-in may reach, in PTZ coordinates
     std::map<std::string, std::vector<std::string>> mVirtualCameraLists;

@@ -143,6 +143,6 @@ TEST(FramingConcurrencyTest, ClientsAndReentrantListenersNeitherDeadlockNorReord
     EXPECT_TRUE(provider->moveCamera("cam0", static_cast<CameraMoveDirection>(0), 1));
     SceneControl current;
     provider->getCurrentCameraCropArea([&current](const SceneControl& s) { current = s; });
-    std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+    std::lock_guard lock(FDSession::mLock);
     EXPECT_EQ(current, FDSession::getInstance()->mPTZControl);
 }

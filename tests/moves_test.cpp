@@ -31,7 +31,7 @@ class MovesTest : public ::testing::Test {
         FDSession::getInstance()->setPTZControl({{crop}, 1280, 720, 4, 5, 6});
     }
     SceneControl ptz() {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         return FDSession::getInstance()->mPTZControl;
     }
     Crop move(Dir direction, int32_t step) {

@@ -35,7 +35,7 @@ class PresetsTest : public ::testing::Test {
         }
     }
     SceneControl ptz() {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         return FDSession::getInstance()->mPTZControl;
     }
 

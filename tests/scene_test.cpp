@@ -29,7 +29,7 @@ class SceneTest : public ::testing::Test {
     void SetUp() override { LogCapture::clear(); }
 
     void setMode(int32_t mode) {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         FDSession::getInstance()->mTrackingMode = mode;
     }
     SceneControl currentCrop() {
@@ -78,7 +78,7 @@ TEST_F(SceneTest, SceneWithTrackingOffIsStoredAndEngineToldButNothingAnnounced) 
     EXPECT_EQ(calls[0].scene, kScene);
     EXPECT_TRUE(calls[0].sessionLockHeld);
     {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         EXPECT_EQ(FDSession::getInstance()->mSceneControl, kScene);
     }
     EXPECT_TRUE(first->events().empty());

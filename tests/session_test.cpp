@@ -57,7 +57,7 @@ TEST(SessionTest, ConcurrentFirstCallsShareOneSessionAndOneThread) {
 TEST(SessionTest, NewSessionHoldsWholeFrameAndResetKeepsTransitionAndDuration) {
     sp<FDSession> session = FDSession::getInstance();
     {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         ASSERT_EQ(session->mPTZControl.crops.size(), 1u);
         EXPECT_EQ(session->mPTZControl.crops[0], (Crop{0, 0, 1280, 720}));
         EXPECT_EQ(session->mPTZControl.frameWidth, 1280);
@@ -76,7 +76,7 @@ TEST(SessionTest, NewSessionHoldsWholeFrameAndResetKeepsTransitionAndDuration) {
     session->resetPTZScene();
 
     // Then only the crop and frame change, the engine is not told, and the reset is logged
-    std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+    std::lock_guard lock(FDSession::mLock);
     EXPECT_EQ(session->mPTZControl, (SceneControl{{Crop{0, 0, 1280, 720}}, 1280, 720, 1, 500, 9}));
     EXPECT_TRUE(engine.calls().empty());
     EXPECT_EQ(LogCapture::lines(),

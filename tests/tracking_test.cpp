@@ -56,7 +56,7 @@ class TrackingTest : public ::testing::Test {
         return {LogCapture::linesWithTag(kProviderTag), listener->events(), engine.calls()};
     }
     int32_t sessionMode() {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         return FDSession::getInstance()->mTrackingMode;
     }
 
@@ -114,7 +114,7 @@ TEST_F(TrackingTest, SequenceNotifiesAndWritesPropertyOnlyWhenReportedModeChange
     EXPECT_TRUE(e.engineCalls[0].sessionLockHeld);
     EXPECT_EQ(prop(kTalkerProperty), "0");
     {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         EXPECT_EQ(FDSession::getInstance()->mPTZControl,
                   (SceneControl{{Crop{0, 0, 1280, 720}}, 1280, 720, 4, 5, 6}));
     }
@@ -163,7 +163,7 @@ TEST_F(TrackingTest, TrackControlIsStoredAndReachesEngineOutsideTheSessionLock) 
 
     // Then the session holds it, the engine got a copy without the lock, listeners nothing
     {
-        std::lock_guard<std::recursive_mutex> lock(FDSession::mLock);
+        std::lock_guard lock(FDSession::mLock);
         EXPECT_EQ(FDSession::getInstance()->mTrackControl, track);
     }
     std::vector<RecordingEngine::Call> calls = engine.calls();

@@ -39,7 +39,7 @@ namespace fdstream {
 namespace V1_0 {
 namespace implementation {
 
-std::recursive_mutex FDSession::mLock;
+RankedRecursiveMutex<LockRank::kSession> FDSession::mLock;
 ::android::sp<FDSession> FDSession::sInstance;
 
 FDSession::~FDSession() {}
@@ -56,14 +56,14 @@ bool FDSession::threadLoop() {
 }
 
 int32_t FDSession::handleSetCallback(const ::android::sp<IFDSessionCallback>& callback) {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     ++sSetCallbackCount;
     mCallback = callback;
     return sSetCallbackResult;
 }
 
 int32_t FDSession::handleConfigure(const StreamConfiguration& configuration) {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     ++sConfigureCount;
     mStreams.clear();
     for (const auto& stream : configuration.streams) mStreams[stream.id] = stream;
@@ -72,14 +72,14 @@ int32_t FDSession::handleConfigure(const StreamConfiguration& configuration) {
 }
 
 int32_t FDSession::handleCaptureRequest(const CaptureRequest& request) {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     ++sCaptureRequestCount;
     mPendingFrames[request.frameNumber] = request.fmqSettingsSize;
     return sCaptureRequestResult;
 }
 
 void FDSession::attachEngine(FramingEngine* engine) {
-    std::lock_guard<std::recursive_mutex> lock(mLock);
+    std::lock_guard lock(mLock);
     mEngine = engine;
 }
 

@@ -16,19 +16,19 @@ namespace implementation {
 class ZorvCameraProviderTestPeer {
   public:
     static void setZoomInLimit(ZorvCameraProvider& p, uint32_t limit) {
-        std::lock_guard<std::recursive_mutex> lock(p.mLock);
+        std::lock_guard lock(p.mLock);
         p.mZoomInLimit = limit;
     }
     static uint32_t zoomInLimit(ZorvCameraProvider& p) {
-        std::lock_guard<std::recursive_mutex> lock(p.mLock);
+        std::lock_guard lock(p.mLock);
         return p.mZoomInLimit;
     }
     static SceneControl lastCrop(ZorvCameraProvider& p) {
-        std::lock_guard<std::recursive_mutex> lock(p.mLock);
+        std::lock_guard lock(p.mLock);
         return p.mLastCrop;
     }
     static size_t listenerCount(ZorvCameraProvider& p) {
-        std::lock_guard<std::recursive_mutex> lock(p.mLock);
+        std::lock_guard lock(p.mLock);
         return p.mListeners.size();
     }
     // Sends one notification through the provider's fan-out.
@@ -37,7 +37,7 @@ class ZorvCameraProviderTestPeer {
                                const ::android::sp<IZorvCameraProviderCallback>&)>& call) {
         p.notifyListeners(callback, call);
     }
-    static std::recursive_mutex& lock(ZorvCameraProvider& p) { return p.mLock; }
+    static auto& lock(ZorvCameraProvider& p) { return p.mLock; }
 };
 
 }  // namespace implementation
