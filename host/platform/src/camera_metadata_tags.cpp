@@ -43,8 +43,8 @@ const char* const kSectionNames[ANDROID_SECTION_COUNT] = {
 
 // One letter per tag of a section, in index order; the length is the section's tag count.
 // The letters stand for the types in enum order.
-const char kTypeLetters[] = "BIFLDR";
-const char* const kSectionTypes[ANDROID_SECTION_COUNT] = {
+constexpr char kTypeLetters[] = "BIFLDR";
+constexpr const char* kSectionTypes[ANDROID_SECTION_COUNT] = {
         "BRFBB",
         "BIBBIIBBIBBBIBBBBBBBIIRBBBBBIBIBBIBIBBBIIBB",
         "B",
@@ -167,6 +167,23 @@ const TagName kTagNames[] = {
         {ANDROID_STATISTICS_SCENE_FLICKER, "sceneFlicker"},
 };
 
+// Section lengths and letter values, worked out at compile time: the platform answers a type
+// lookup from a table, and validation asks once per entry of every buffer.
+struct TypeTable {
+    size_t sectionLength[ANDROID_SECTION_COUNT] = {};
+    int8_t typeOfLetter[256] = {};
+    constexpr TypeTable() {
+        for (size_t i = 0; i < ANDROID_SECTION_COUNT; ++i) {
+            while (kSectionTypes[i][sectionLength[i]] != '\0') ++sectionLength[i];
+        }
+        for (int8_t& t : typeOfLetter) t = -1;
+        for (size_t i = 0; kTypeLetters[i] != '\0'; ++i) {
+            typeOfLetter[static_cast<unsigned char>(kTypeLetters[i])] = static_cast<int8_t>(i);
+        }
+    }
+};
+constexpr TypeTable kTypeTable;
+
 }  // namespace
 
 extern "C" {
@@ -179,10 +196,9 @@ const char* get_camera_metadata_section_name(uint32_t tag) {
 int get_camera_metadata_tag_type(uint32_t tag) {
     uint32_t section = tag >> 16;
     if (section >= ANDROID_SECTION_COUNT) return -1;  // includes the vendor sections
-    const char* types = kSectionTypes[section];
     uint32_t index = tag & 0xFFFF;
-    if (index >= strlen(types)) return -1;
-    return static_cast<int>(strchr(kTypeLetters, types[index]) - kTypeLetters);
+    if (index >= kTypeTable.sectionLength[section]) return -1;
+    return kTypeTable.typeOfLetter[static_cast<unsigned char>(kSectionTypes[section][index])];
 }
 
 const char* get_camera_metadata_tag_name(uint32_t tag) {
