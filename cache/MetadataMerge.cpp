@@ -140,21 +140,21 @@ ReadBuffer& threadReadBuffer() {
     return buffer;
 }
 
-// Reads the request's settings blob from the head of the queue, lets `edit` merge into it in
-// memory, and writes the result to the tail, so each blob is read and written exactly once and
-// keeps its place among the others. A blob that fails its checks goes back unchanged.
+// The bytes of every queued blob of one batch.
+ReadBuffer& threadBatchBuffer() {
+    thread_local ReadBuffer buffer;
+    return buffer;
+}
+
+// Lets `edit` merge into the request's settings blob, already read from the head of the queue
+// into `bytes`, and writes the result to the tail, so each blob is read and written exactly
+// once and keeps its place among the others. A blob that fails its checks goes back unchanged.
 // If the write fails, the blob is already out of the queue: it is handed to the request's own
 // settings instead and fmqSettingsSize becomes 0, so the session reads it from there and the
 // queue still holds one blob per remaining queue-carried request, in order.
-// Returns false when the read failed; the request and the queue are then unchanged.
 template <typename Edit>
-bool editQueuedSettings(RequestMetadataQueue& queue, CaptureRequest& request, Edit edit) {
-    const uint64_t claimed = request.fmqSettingsSize;
-    if (claimed > queue.availableToRead()) return false;
-    const size_t size = static_cast<size_t>(claimed);
-    uint8_t* bytes = threadReadBuffer().reserve(size);
-    if (!queue.read(bytes, size)) return false;
-
+void writeMergedSettings(RequestMetadataQueue& queue, CaptureRequest& request, uint8_t* bytes,
+                         size_t size, Edit edit) {
     const uint8_t* out = bytes;
     size_t outSize = size;
     MetadataPtr grown;
@@ -169,7 +169,7 @@ bool editQueuedSettings(RequestMetadataQueue& queue, CaptureRequest& request, Ed
 
     if (queue.write(out, outSize)) {
         request.fmqSettingsSize = outSize;
-        return true;
+        return;
     }
     ALOGE("request %u: settings could not be written back to the queue; moved to the request\n",
           request.frameNumber);
@@ -177,7 +177,18 @@ bool editQueuedSettings(RequestMetadataQueue& queue, CaptureRequest& request, Ed
     memcpy(owned, out, outSize);
     request.settings.setToExternal(owned, outSize, true);
     request.fmqSettingsSize = 0;
-    return true;
+}
+
+// One request alone: reads its blob from the head of the queue, then merges and writes it.
+// A failed read leaves the request and the queue unchanged.
+template <typename Edit>
+void editQueuedSettings(RequestMetadataQueue& queue, CaptureRequest& request, Edit edit) {
+    const uint64_t claimed = request.fmqSettingsSize;
+    if (claimed > queue.availableToRead()) return;
+    const size_t size = static_cast<size_t>(claimed);
+    uint8_t* bytes = threadReadBuffer().reserve(size);
+    if (!queue.read(bytes, size)) return;
+    writeMergedSettings(queue, request, bytes, size, edit);
 }
 
 // Sum of the settings sizes that the batch claims to have in the queue.
@@ -216,35 +227,46 @@ void CameraControlCache::applyMetaData(const std::string& cameraId,
     if (camera == mEntries.end() || requests.size() == 0) return;
     const std::vector<ACameraMetadata_entry>& entries = camera->second;
 
-    // The queue is touched only when there is something to merge, and only when it holds every
-    // blob the batch claims: blobs are read from its head and written to its tail one request
-    // after another, which keeps their order only if each of them is there to be rotated.
+    // The queue is touched only when there is something to merge, and only when it holds
+    // exactly the blobs the batch claims: blobs go from its head to its tail one request after
+    // another, which keeps them in request order only if nothing else stands in the queue.
     bool useQueue =
             queue != nullptr && std::any_of(entries.begin(), entries.end(), isAlwaysApplied);
+    const uint8_t* batch = nullptr;
     if (useQueue) {
         const uint64_t claimed = queuedSettingsBytes(requests);
         const size_t held = queue->availableToRead();
-        if (claimed > held) {
+        if (claimed != held) {
             ALOGE("camera [%s] requests claim %llu settings bytes, the queue holds %zu; settings "
                   "in the queue left unchanged\n",
                   id.c_str(), static_cast<unsigned long long>(claimed), held);
             useQueue = false;
+        } else if (held != 0) {
+            // All the batch's blobs in one all-or-nothing read, before any is written back: a
+            // read failing after some blobs had gone to the tail would leave them behind the
+            // later ones still at the head.
+            uint8_t* bytes = threadBatchBuffer().reserve(held);
+            useQueue = queue->read(bytes, held);
+            batch = bytes;
         }
     }
 
     for (CaptureRequest& request : requests) {
         if (request.fmqSettingsSize != 0) {
-            // After a failed read this request's blob still leads the queue: the later ones
-            // stand behind it and are left alone too.
             if (!useQueue) continue;
-            useQueue = editQueuedSettings(
-                    *queue, request, [&entries](camera_metadata_t* settings, MetadataPtr& grown) {
-                        for (const ACameraMetadata_entry& entry : entries) {
-                            if (isAlwaysApplied(entry))
-                                settings = mergeEntry(settings, entry, grown);
-                        }
-                        return settings;
-                    });
+            const size_t size = static_cast<size_t>(request.fmqSettingsSize);
+            uint8_t* bytes = threadReadBuffer().reserve(size);
+            memcpy(bytes, batch, size);  // aligned for the metadata block
+            batch += size;
+            writeMergedSettings(*queue, request, bytes, size,
+                                [&entries](camera_metadata_t* settings, MetadataPtr& grown) {
+                                    for (const ACameraMetadata_entry& entry : entries) {
+                                        if (isAlwaysApplied(entry)) {
+                                            settings = mergeEntry(settings, entry, grown);
+                                        }
+                                    }
+                                    return settings;
+                                });
         } else if (request.settings.size() == 0) {
             giveNewSettings(request, entries);
         }
