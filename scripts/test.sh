@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds everything and runs every check and test: consistency checks, the suite, the suite under
-# AddressSanitizer+UndefinedBehaviorSanitizer, the concurrency tests under ThreadSanitizer and
-# the fuzzers for a bounded time. Usage: scripts/test.sh [--quick]  (--quick: plain suite only)
+# valgrind memcheck and under AddressSanitizer+UndefinedBehaviorSanitizer, the concurrency tests
+# under ThreadSanitizer and the fuzzers for a bounded time.
+# Usage: scripts/test.sh [--quick]  (--quick: plain suite only)
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 out=${ZORV_BUILD_ROOT:-$root/build}
@@ -53,6 +54,7 @@ stage "setup" bash "$root/scripts/setup.sh"
 stage "consistency checks" checks
 stage "suite" suite "$out/main" -DZORV_BENCH=ON
 if [ $quick -eq 0 ]; then
+  stage "suite, valgrind memcheck" bash "$root/scripts/memcheck.sh" "$out/main"
   stage "suite, ASan+UBSan+LSan" sanitized_suite
   stage "concurrency tests, TSan" thread_suite
   stage "fuzzers" fuzz
