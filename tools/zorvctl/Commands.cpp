@@ -228,10 +228,10 @@ const Command kCommands[] = {
     {"Metadata", "cache remove", "CAMERA TAG", "CameraControlCache::removeMetaData", cacheRemove},
     {"Metadata", "cache removeCamera", "CAMERA", "CameraControlCache::removeCamera",
      cacheRemoveCamera},
-    {"Metadata", "request", "CAMERA SPEC...",
+    {"Metadata", "request", "CAMERA KIND...",
      "runs a batch of capture requests through the request queue and "
      "CameraControlCache::applyMetaData, then prints each request's settings as the device reads "
-     "them; SPEC is queue (settings in the queue), own (settings in the request) or empty, "
+     "them; KIND is queue (settings in the queue), own (settings in the request) or empty, "
      "optionally followed by ,TAG=V:V... entries to put in its settings",
      request},
 

@@ -151,13 +151,13 @@ std::vector<uint8_t> buildSettings(const std::vector<Entry>& extra) {
     return std::vector<uint8_t>(bytes, bytes + get_camera_metadata_size(settings.get()));
 }
 
-// A request spec: queue|own|empty, then ,TAG=V:V... entries for its settings.
-struct Spec {
+// A request layout: queue|own|empty, then ,TAG=V:V... entries for its settings.
+struct RequestLayout {
     std::string kind;
     std::vector<Entry> entries;
 };
 
-Spec parseSpec(const std::string& text) {
+RequestLayout parseLayout(const std::string& text) {
     std::vector<std::string> parts;
     for (size_t start = 0;;) {
         size_t comma = text.find(',', start);
@@ -165,11 +165,11 @@ Spec parseSpec(const std::string& text) {
         if (comma == std::string::npos) break;
         start = comma + 1;
     }
-    Spec spec{parts[0], {}};
-    if (spec.kind != "queue" && spec.kind != "own" && spec.kind != "empty") {
-        throw UsageError(quote(spec.kind) + " is not queue, own or empty");
+    RequestLayout layout{parts[0], {}};
+    if (layout.kind != "queue" && layout.kind != "own" && layout.kind != "empty") {
+        throw UsageError(quote(layout.kind) + " is not queue, own or empty");
     }
-    if (spec.kind == "empty" && parts.size() > 1)
+    if (layout.kind == "empty" && parts.size() > 1)
         throw UsageError("an empty request has no entries");
     for (size_t i = 1; i < parts.size(); ++i) {
         size_t eq = parts[i].find('=');
@@ -185,9 +185,9 @@ Spec parseSpec(const std::string& text) {
             if (colon == std::string::npos) break;
             start = colon + 1;
         }
-        spec.entries.push_back(makeEntry(tag, type, values));
+        layout.entries.push_back(makeEntry(tag, type, values));
     }
-    return spec;
+    return layout;
 }
 
 // The process's cache as the pipeline reaches it, through its exported instance; empty until
@@ -270,18 +270,18 @@ void cacheRemoveCamera(Context&, const Args& a) {
 }
 
 void request(Context& c, const Args& a) {
-    std::vector<Spec> specs;
-    for (size_t i = 1; i < a.size(); ++i) specs.push_back(a.parse(i, parseSpec));
+    std::vector<RequestLayout> layouts;
+    for (size_t i = 1; i < a.size(); ++i) layouts.push_back(a.parse(i, parseLayout));
 
     // The batch as the camera framework sends it: blobs of queued settings in request order.
     auto queue = std::make_shared<RequestMetadataQueue>(kQueueBytes);
-    ::android::hardware::hidl_vec<CaptureRequest> batch(specs.size());
-    for (size_t i = 0; i < specs.size(); ++i) {
+    ::android::hardware::hidl_vec<CaptureRequest> batch(layouts.size());
+    for (size_t i = 0; i < layouts.size(); ++i) {
         CaptureRequest& r = batch[i];
         r.frameNumber = c.nextFrame++;
-        if (specs[i].kind == "empty") continue;
-        std::vector<uint8_t> settings = buildSettings(specs[i].entries);
-        if (specs[i].kind == "own") {
+        if (layouts[i].kind == "empty") continue;
+        std::vector<uint8_t> settings = buildSettings(layouts[i].entries);
+        if (layouts[i].kind == "own") {
             r.settings = settings;
         } else if (queue->write(settings.data(), settings.size())) {
             r.fmqSettingsSize = settings.size();
