@@ -15,6 +15,7 @@ std::atomic<int> sSetCallbackCount{0};
 std::atomic<int> sConfigureCount{0};
 std::atomic<int> sCaptureRequestCount{0};
 std::atomic<int> sThreadsStarted{0};
+constexpr size_t kMaxPendingFrames = 64;
 }  // namespace
 
 namespace fdstream_host {
@@ -75,6 +76,8 @@ int32_t FDSession::handleCaptureRequest(const CaptureRequest& request) {
     std::lock_guard lock(mLock);
     ++sCaptureRequestCount;
     mPendingFrames[request.frameNumber] = request.fmqSettingsSize;
+    // Nothing completes frames on the host: keep only the most recent ones.
+    if (mPendingFrames.size() > kMaxPendingFrames) mPendingFrames.erase(mPendingFrames.begin());
     return sCaptureRequestResult;
 }
 
