@@ -265,24 +265,6 @@ TEST_F(MetadataMergeTest, LoneRequestGetsTheSameBytesAsFromOneAppendPerEntry) {
                                  i32(kCropRegion, {1, 2, 3, 4}), i32(kExposureCompensation, {5})}));
 }
 
-TEST_F(MetadataMergeTest, FailedEnlargementWritesTheBlobBackUnchanged) {
-    // Given a full blob, and the allocation of a larger one failing (after the scratch block)
-    cacheCrop({1, 2, 3, 4});
-    const Bytes full = blob(1, 0, {u8(kAwbMode, {1})});
-    auto queue = queueWith({full});
-    hidl_vec<CaptureRequest> requests = queuedRequests({full});
-    hostfault::arm(hostfault::kMetadataAllocate, 1, 1);
-
-    // When the batch is merged
-    apply(requests, queue);
-
-    // Then the blob goes back as it came
-    std::vector<Bytes> out = blobsFor(*queue, requests);
-    ASSERT_EQ(out.size(), 1u);
-    EXPECT_EQ(out[0], full);
-    EXPECT_EQ(requests[0].fmqSettingsSize, full.size());
-}
-
 TEST_F(MetadataMergeTest, RequestsWithoutSettingsGetEveryCachedEntryInListOrder) {
     // Given entries of several types, one the library does not know, one whose values are
     // narrower than its tag's, and no queue
@@ -400,24 +382,6 @@ TEST_F(MetadataMergeTest, FailedWriteZeroesTheSizeAndHandsTheBlobToTheRequest) {
               (std::vector<LogLine>{cacheLine(kError,
                                               "request 1: settings could not be written back to "
                                               "the queue; moved to the request\n")}));
-}
-
-TEST_F(MetadataMergeTest, FailedReadLeavesTheRequestsAndTheQueueUnchanged) {
-    // Given two queued requests and the first read failing
-    cacheCrop({1, 2, 3, 4});
-    const Bytes first = blob(2, 16, {u8(kAwbMode, {1})});
-    const Bytes second = blob(2, 16, {u8(kAwbMode, {2})});
-    auto queue = queueWith({first, second});
-    hidl_vec<CaptureRequest> requests = queuedRequests({first, second});
-    hostfault::arm(hostfault::kQueueRead, 1);
-
-    // When the batch is merged
-    apply(requests, queue);
-
-    // Then the first blob still leads the queue, so the second is left behind it too
-    EXPECT_EQ(requests[0].fmqSettingsSize, first.size());
-    EXPECT_EQ(requests[1].fmqSettingsSize, second.size());
-    EXPECT_EQ(blobsFor(*queue, requests), (std::vector<Bytes>{first, second}));
 }
 
 TEST_F(MetadataMergeTest, QueueHoldingLessThanTheBatchClaimsIsLeftAlone) {
