@@ -70,29 +70,22 @@ class CacheStoreTest : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(CacheStoreTest, ShortIdIsThePartAfterTheLastSlash) {
+TEST_F(CacheStoreTest, OneSharedInstanceNamesCamerasByThePartAfterTheLastSlash) {
+    EXPECT_EQ(CameraControlCache::Instance(), cache);
+    EXPECT_EQ(CameraControlCache::sInstance, cache);
     EXPECT_EQ(extractCameraId("device@3.2/internal/5"), "5");
     EXPECT_EQ(extractCameraId("5"), "5");
     EXPECT_EQ(extractCameraId("device@3.2/internal/"), "");
     EXPECT_EQ(extractCameraId(""), "");
-}
 
-TEST_F(CacheStoreTest, OneInstanceCreatedByTheFirstCallAndShared) {
-    EXPECT_EQ(CameraControlCache::Instance(), cache);
-    EXPECT_EQ(CameraControlCache::sInstance, cache);
-}
-
-TEST_F(CacheStoreTest, FullDeviceNameAndShortIdNameTheSameCamera) {
     // Given a value set through the full device name
     cache->setCameraMetadata("device@3.2/internal/5", kExposureCompensation, -2);
     EXPECT_TRUE(Peer::hasCamera("5"));
     EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
               (std::vector<LogLine>{setLine("5", kExposureCompensation, -2)}));
 
-    // When the camera is removed by its short id
+    // When the camera is removed by its short id, then no key is left
     cache->removeCamera("5");
-
-    // Then no key is left
     EXPECT_EQ(Peer::cameraCount(), 0u);
 }
 

@@ -75,51 +75,39 @@ class CameraMetadataTest : public ::testing::Test {
     }
 };
 
-TEST_F(CameraMetadataTest, SizesAlignEntryTableAndDataTo8Bytes) {
+TEST_F(CameraMetadataTest, SizesAndHeaderFollowThePlatformLayoutAndPlaceWritesOnlyTheHeader) {
+    // Sizes align the entry table and the data to 8 bytes
     EXPECT_EQ(88u, calculate_camera_metadata_size(2, 5));
     EXPECT_EQ(288u, calculate_camera_metadata_size(9, 96));
     EXPECT_EQ(48u, calculate_camera_metadata_size(0, 0));
     EXPECT_EQ(56u, calculate_camera_metadata_size(0, 1));
     EXPECT_EQ(1u, get_camera_metadata_size(nullptr));
     EXPECT_EQ(1u, get_camera_metadata_compact_size(nullptr));
-}
 
-TEST_F(CameraMetadataTest, AllocatedBlockHasPlatformHeaderLayout) {
-    // When
+    // An allocated block has the platform header
     Metadata m = make(3, 20);
-
-    // Then
     ASSERT_NE(nullptr, m);
-    EXPECT_EQ(120u, u32(m.get(), kSize));
-    EXPECT_EQ(1u, u32(m.get(), kVersion));
-    EXPECT_EQ(0u, u32(m.get(), kFlags));
-    EXPECT_EQ(0u, u32(m.get(), kEntryCount));
-    EXPECT_EQ(3u, u32(m.get(), kEntryCap));
-    EXPECT_EQ(48u, u32(m.get(), kEntriesStart));
-    EXPECT_EQ(0u, u32(m.get(), kDataCount));
-    EXPECT_EQ(20u, u32(m.get(), kDataCap));
-    EXPECT_EQ(96u, u32(m.get(), kDataStart));
+    const std::pair<size_t, uint32_t> header[] = {
+            {kSize, 120},        {kVersion, 1},   {kFlags, 0},    {kEntryCount, 0}, {kEntryCap, 3},
+            {kEntriesStart, 48}, {kDataCount, 0}, {kDataCap, 20}, {kDataStart, 96}};
+    for (const auto& [offset, value] : header) EXPECT_EQ(value, u32(m.get(), offset)) << offset;
     EXPECT_EQ(UINT64_MAX, vendorId(m.get()));
     EXPECT_EQ(120u, get_camera_metadata_size(m.get()));
     EXPECT_EQ(48u, get_camera_metadata_compact_size(m.get()));
     EXPECT_EQ(3u, get_camera_metadata_entry_capacity(m.get()));
     EXPECT_EQ(20u, get_camera_metadata_data_capacity(m.get()));
     EXPECT_EQ(0, validate_camera_metadata_structure(m.get(), nullptr));
-}
 
-TEST_F(CameraMetadataTest, PlaceWritesHeaderFieldsOnlyAndNeedsTheCalculatedSize) {
-    // Given
+    // Placing needs the calculated size and leaves everything past the header as it was
     alignas(8) uint8_t buffer[200];
     memset(buffer, 0xAB, sizeof(buffer));
-
-    // When / Then
     EXPECT_EQ(nullptr, place_camera_metadata(nullptr, 200, 2, 5));
     EXPECT_EQ(nullptr, place_camera_metadata(buffer, 87, 2, 5));
-    camera_metadata_t* m = place_camera_metadata(buffer, sizeof(buffer), 2, 5);
-    ASSERT_EQ(static_cast<void*>(buffer), m);
-    EXPECT_EQ(88u, u32(m, kSize));
-    EXPECT_EQ(80u, u32(m, kDataStart));
-    EXPECT_EQ(0xABABABABu, u32(m, kPadding));
+    camera_metadata_t* placed = place_camera_metadata(buffer, sizeof(buffer), 2, 5);
+    ASSERT_EQ(static_cast<void*>(buffer), placed);
+    EXPECT_EQ(88u, u32(placed, kSize));
+    EXPECT_EQ(80u, u32(placed, kDataStart));
+    EXPECT_EQ(0xABABABABu, u32(placed, kPadding));
     for (size_t i = 48; i < sizeof(buffer); ++i) ASSERT_EQ(0xAB, buffer[i]) << i;
 }
 
@@ -203,38 +191,33 @@ TEST_F(CameraMetadataTest, FindTakesFirstMatchUnlessTheBlockIsFlaggedSorted) {
     EXPECT_EQ(1, get_camera_metadata_ro_entry(m.get(), 3, &e));
 }
 
-// Entries: 0 inline {5}; 1 crop region at offset 0; 2 fps ranges at offset 16. 32 of 64 data.
-class CameraMetadataUpdateTest : public CameraMetadataTest {
-  protected:
-    void SetUp() override {
+TEST_F(CameraMetadataTest, UpdateRewritesInPlaceOrMovesLaterDataAndNeedsRoom) {
+    // Each case starts from: 0 inline {5}; 1 crop region at offset 0; 2 fps ranges at offset 16;
+    // 32 of 64 data bytes used
+    auto fresh = [this] {
+        Metadata m = make(4, 64);
         add(m.get(), ANDROID_CONTROL_AE_EXPOSURE_COMPENSATION, {5});
         add(m.get(), ANDROID_SCALER_CROP_REGION, {1, 2, 3, 4});
         add(m.get(), ANDROID_CONTROL_AE_AVAILABLE_TARGET_FPS_RANGES, {15, 30, 30, 30});
-    }
-    Metadata m = make(4, 64);
+        return m;
+    };
     camera_metadata_entry_t out{};
-};
 
-TEST_F(CameraMetadataUpdateTest, SameSizeRewritesInPlaceAndKeepsSortedFlag) {
-    // Given
+    // The same size rewrites in place and keeps the sorted flag
+    Metadata m = fresh();
     setU32(m.get(), kFlags, 1);
-    const int32_t v[4] = {10, 20, 30, 40};
-
-    // When
-    ASSERT_EQ(0, update_camera_metadata_entry(m.get(), 1, v, 4, &out));
-
-    // Then
+    const int32_t four[4] = {10, 20, 30, 40};
+    ASSERT_EQ(0, update_camera_metadata_entry(m.get(), 1, four, 4, &out));
     EXPECT_EQ(0u, u32(m.get(), entry(1, kValue)));
     EXPECT_EQ(32u, get_camera_metadata_data_count(m.get()));
     EXPECT_EQ(1u, out.index);
     EXPECT_EQ((std::vector<int32_t>{10, 20, 30, 40}), i32s(out));
     EXPECT_EQ(1u, u32(m.get(), kFlags));
-}
 
-TEST_F(CameraMetadataUpdateTest, GrowingMovesLaterDataDownAndAppendsTheNewBlock) {
-    const int32_t v[6] = {1, 2, 3, 4, 5, 6};
-    ASSERT_EQ(0, update_camera_metadata_entry(m.get(), 1, v, 6, &out));
-
+    // Growing moves later data down and appends the new block
+    m = fresh();
+    const int32_t six[6] = {1, 2, 3, 4, 5, 6};
+    ASSERT_EQ(0, update_camera_metadata_entry(m.get(), 1, six, 6, &out));
     EXPECT_EQ(0u, u32(m.get(), entry(2, kValue)));
     EXPECT_EQ((std::vector<int32_t>{15, 30, 30, 30}),
               valuesOf(m.get(), ANDROID_CONTROL_AE_AVAILABLE_TARGET_FPS_RANGES));
@@ -242,49 +225,44 @@ TEST_F(CameraMetadataUpdateTest, GrowingMovesLaterDataDownAndAppendsTheNewBlock)
     EXPECT_EQ((std::vector<int32_t>{1, 2, 3, 4, 5, 6}), i32s(out));
     EXPECT_EQ(40u, get_camera_metadata_data_count(m.get()));
     EXPECT_EQ(0, validate_camera_metadata_structure(m.get(), nullptr));
-}
 
-TEST_F(CameraMetadataUpdateTest, ShrinkingToInlineAndInlineToOutOfLine) {
+    // Shrinking to inline, then inline to out of line
+    m = fresh();
     const int32_t one[1] = {9}, two[2] = {7, 8};
     ASSERT_EQ(0, update_camera_metadata_entry(m.get(), 1, one, 1, nullptr));
     EXPECT_EQ(9u, u32(m.get(), entry(1, kValue)));
     EXPECT_EQ(0u, u32(m.get(), entry(2, kValue)));
     EXPECT_EQ(16u, get_camera_metadata_data_count(m.get()));
-
     ASSERT_EQ(0, update_camera_metadata_entry(m.get(), 0, two, 2, &out));
     EXPECT_EQ(16u, u32(m.get(), entry(0, kValue)));
     EXPECT_EQ((std::vector<int32_t>{7, 8}), i32s(out));
     EXPECT_EQ(24u, get_camera_metadata_data_count(m.get()));
     EXPECT_EQ(0, validate_camera_metadata_structure(m.get(), nullptr));
-}
 
-TEST_F(CameraMetadataUpdateTest, NoRoomOrBadIndexChangesNothingAndFreedBytesCountAsRoom) {
-    // Given
+    // No room (32 + 56 - 16 > 64) or a bad index changes nothing
+    m = fresh();
     const std::vector<uint8_t> before(raw(m.get()),
                                       raw(m.get()) + get_camera_metadata_size(m.get()));
-    const int32_t v[14] = {};
-
-    // When / Then: 32 + 56 - 16 > 64
-    EXPECT_EQ(1, update_camera_metadata_entry(m.get(), 2, v, 14, &out));
-    EXPECT_EQ(1, update_camera_metadata_entry(m.get(), 3, v, 1, &out));
-    EXPECT_EQ(1, update_camera_metadata_entry(nullptr, 0, v, 1, &out));
+    const int32_t zeros[14] = {};
+    EXPECT_EQ(1, update_camera_metadata_entry(m.get(), 2, zeros, 14, &out));
+    EXPECT_EQ(1, update_camera_metadata_entry(m.get(), 3, zeros, 1, &out));
+    EXPECT_EQ(1, update_camera_metadata_entry(nullptr, 0, zeros, 1, &out));
     EXPECT_EQ(before, std::vector<uint8_t>(raw(m.get()), raw(m.get()) + before.size()));
-
-    // When / Then: 32 + 48 - 16 fits exactly, counting the bytes the old block frees
-    EXPECT_EQ(0, update_camera_metadata_entry(m.get(), 2, v, 12, &out));
+    // and 32 + 48 - 16 fits exactly, counting the bytes the old block frees
+    EXPECT_EQ(0, update_camera_metadata_entry(m.get(), 2, zeros, 12, &out));
     EXPECT_EQ(64u, get_camera_metadata_data_count(m.get()));
-}
 
-TEST_F(CameraMetadataUpdateTest, EmptyingAnOutOfLineValueKeepsTheStaleOffset) {
+    // Emptying an out-of-line value keeps its stale offset, which validation refuses
+    m = fresh();
     ASSERT_EQ(0, update_camera_metadata_entry(m.get(), 2, nullptr, 0, &out));
-
     EXPECT_EQ(0u, out.count);
     EXPECT_EQ(16u, u32(m.get(), entry(2, kValue)));
     EXPECT_EQ(16u, get_camera_metadata_data_count(m.get()));
     EXPECT_EQ(1, validate_camera_metadata_structure(m.get(), nullptr));
 }
 
-TEST_F(CameraMetadataTest, AppendRebasesOffsetsOntoUsedDataOfDestination) {
+TEST_F(CameraMetadataTest,
+       AppendRebasesOffsetsNeedsRoomAndOneVendorAndKeepsSortedOnlyFromAnEmptySide) {
     // Given
     Metadata dst = make(4, 64);
     add(dst.get(), ANDROID_SCALER_CROP_REGION, {1, 2, 3, 4});
@@ -305,11 +283,9 @@ TEST_F(CameraMetadataTest, AppendRebasesOffsetsOntoUsedDataOfDestination) {
               valuesOf(dst.get(), ANDROID_CONTROL_AE_TARGET_FPS_RANGE));
     EXPECT_EQ(9u, vendorId(dst.get()));
     EXPECT_EQ(0, validate_camera_metadata_structure(dst.get(), nullptr));
-}
 
-TEST_F(CameraMetadataTest, AppendRefusesMissingRoomAndDifferentVendors) {
-    // Given src: 2 entries, 8 data bytes
-    Metadata src = make(2, 8);
+    // Missing room or a different vendor refuses the append: src has 2 entries, 8 data bytes
+    src = make(2, 8);
     add(src.get(), ANDROID_CONTROL_AE_LOCK, {});
     add(src.get(), ANDROID_CONTROL_AE_TARGET_FPS_RANGE, {15, 30});
     Metadata fewSlots = make(1, 64), fewBytes = make(4, 7), other = make(4, 64);
@@ -325,10 +301,10 @@ TEST_F(CameraMetadataTest, AppendRefusesMissingRoomAndDifferentVendors) {
                           get_camera_metadata_entry_count(other.get()));
     setVendorId(other.get(), 5);
     EXPECT_EQ(0, append_camera_metadata(other.get(), src.get()));
-}
 
-TEST_F(CameraMetadataTest, AppendSortedBitFollowsWhichSideWasEmpty) {
-    Metadata sortedSrc = make(1, 0), empty = make(2, 0), dst = make(4, 0);
+    // The sorted bit follows whichever side was empty
+    Metadata sortedSrc = make(1, 0), empty = make(2, 0);
+    dst = make(4, 0);
     add(sortedSrc.get(), ANDROID_CONTROL_AE_LOCK, {});
     setU32(sortedSrc.get(), kFlags, 1);
 
