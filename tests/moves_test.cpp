@@ -131,7 +131,8 @@ TEST(MovesTest, EveryRowGivesItsCropStoresToldAndLogged) {
         setMode(row.mode);
         FDSession::getInstance()->setPTZControl({{row.start}, 1280, row.frameHeight, 4, 5, 6});
         sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
-        if (row.call != kSetZoomInLimit) ZorvCameraProviderTestPeer::setZoomInLimit(*provider, row.limit);
+        if (row.call != kSetZoomInLimit)
+            ZorvCameraProviderTestPeer::setZoomInLimit(*provider, row.limit);
         RecordingEngine engine;
         sp<RecordingListener> listener = new RecordingListener();
         provider->setListener(listener);
@@ -150,9 +151,9 @@ TEST(MovesTest, EveryRowGivesItsCropStoresToldAndLogged) {
             step = 0;
             EXPECT_EQ(ZorvCameraProviderTestPeer::zoomInLimit(*provider), row.limit);
         } else {
-            EXPECT_EQ(provider->moveCamera(id, static_cast<CameraMoveDirection>(direction),
-                                           row.arg),
-                      applied);
+            EXPECT_EQ(
+                    provider->moveCamera(id, static_cast<CameraMoveDirection>(direction), row.arg),
+                    applied);
         }
 
         // Then the session holds the result, told to the engine under the session lock and
@@ -166,8 +167,8 @@ TEST(MovesTest, EveryRowGivesItsCropStoresToldAndLogged) {
             logs.push_back(providerLine(
                     kDebug, "ZorvCameraProvider Move Camera, step " + std::to_string(step) +
                                     " to " + std::to_string(c.left) + ", " +
-                                    std::to_string(c.right) + ", " + std::to_string(c.top) +
-                                    ", " + std::to_string(c.bottom) + " ..  \n"));
+                                    std::to_string(c.right) + ", " + std::to_string(c.top) + ", " +
+                                    std::to_string(c.bottom) + " ..  \n"));
             EXPECT_EQ(ptz(), result);
             std::vector<RecordingEngine::Call> calls = engine.calls();
             ASSERT_EQ(calls.size(), 1u);
@@ -175,10 +176,10 @@ TEST(MovesTest, EveryRowGivesItsCropStoresToldAndLogged) {
             EXPECT_EQ(calls[0].scene, result);
             EXPECT_TRUE(calls[0].sessionLockHeld);
             EXPECT_EQ(listener->events(),
-                      (std::vector<std::string>{
-                              "onCameraCropApplied " + describe(result),
-                              "onCameraSceneJsonApplied " +
-                                      std::to_string(sceneText(result).size()) + " bytes"}));
+                      (std::vector<std::string>{"onCameraCropApplied " + describe(result),
+                                                "onCameraSceneJsonApplied " +
+                                                        std::to_string(sceneText(result).size()) +
+                                                        " bytes"}));
             EXPECT_EQ(listener->jsons(), (std::vector<std::string>{sceneText(result)}));
             EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), result);
         } else {

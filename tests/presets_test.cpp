@@ -23,7 +23,8 @@ const std::vector<std::string> kNone = {"", "", "", ""};
 // The four property texts of a preset: l, t, r, b ("" when missing).
 std::vector<std::string> stored(int32_t n) {
     std::vector<std::string> ltrb;
-    for (const char* s : kSuffixes) ltrb.push_back(prop("persist.camera.preset." + std::to_string(n) + s));
+    for (const char* s : kSuffixes)
+        ltrb.push_back(prop("persist.camera.preset." + std::to_string(n) + s));
     return ltrb;
 }
 
@@ -63,11 +64,12 @@ TEST(PresetsTest, SaveWritesTheCurrentPtzCropInDecimalForZeroToNinetyNineOnly) {
         provider->savePreset("cam0", row.preset);
 
         EXPECT_EQ(stored(row.preset), row.ltrb);
-        std::vector<LogLine> logs = {providerLine(kDebug, "SavePreset " + std::to_string(row.preset) + " ")};
+        std::vector<LogLine> logs = {
+                providerLine(kDebug, "SavePreset " + std::to_string(row.preset) + " ")};
         if (row.ltrb != kNone) {
             logs.push_back(providerLine(
                     kDebug, "SavePreset : " + position(row.preset, {row.ltrb[0], row.ltrb[2],
-                                                                     row.ltrb[1], row.ltrb[3]})));
+                                                                    row.ltrb[1], row.ltrb[3]})));
         }
         EXPECT_EQ(LogCapture::linesWithTag(kProviderTag), logs);
     }
@@ -124,14 +126,19 @@ TEST(PresetsTest, GotoAppliesValidRectanglesAsStoredAndRefusesTheRest) {
         EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
                   (std::vector<LogLine>{
                           providerLine(kDebug, "GotoPreset " + std::to_string(preset) + " "),
-                          providerLine(kDebug, "GotoPreset : " + position(preset, {read[0], read[2],
-                                                                              read[1], read[3]})),
+                          providerLine(kDebug,
+                                       "GotoPreset : " + position(preset, {read[0], read[2],
+                                                                           read[1], read[3]})),
                   }));
         // and a valid rectangle reaches the session, the engine and the listeners as stored
         if (row.applied) {
             const SceneControl expected{{Crop{std::stoi(read[0]), std::stoi(read[1]),
                                               std::stoi(read[2]), std::stoi(read[3])}},
-                                        1280, 720, 0, 0, 0};
+                                        1280,
+                                        720,
+                                        0,
+                                        0,
+                                        0};
             EXPECT_EQ(ptz(), expected);
             EXPECT_EQ(engine.operations(), (std::vector<std::string>{"onPTZControl"}));
             EXPECT_EQ(listener->crops(), (std::vector<SceneControl>{expected}));

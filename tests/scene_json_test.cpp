@@ -17,7 +17,8 @@ namespace {
 
 // The text up to and including "weight", given the source numbers, then the tail.
 std::string text(int x, int y, int w, int h, const std::string& tail) {
-    return "\n{\n  \"scene\":[\n    {\n      \"cameraid\":\"1\",\n      \"source\": { \"xoffset\":\"" +
+    return "\n{\n  \"scene\":[\n    {\n      \"cameraid\":\"1\",\n      \"source\": { "
+           "\"xoffset\":\"" +
            std::to_string(x) + "\", \"yoffset\":\"" + std::to_string(y) + "\", \"width\":\"" +
            std::to_string(w) + "\", \"height\":\"" + std::to_string(h) +
            "\" },\n      \"dest\": { \"xoffset\":\"0\", \"yoffset\":\"0\", \"width\":\"5440\", "

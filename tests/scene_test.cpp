@@ -81,10 +81,9 @@ TEST(SceneTest, SetSceneStoresAlwaysAndAnnouncesOnlyNewCropsInModesOneAndTwo) {
              true},
             {"frame width", 1, kScene, with(kScene, [](SceneControl& s) { s.frameWidth = 1281; }),
              true},
-            {"frame height", 1, kScene,
-             with(kScene, [](SceneControl& s) { s.frameHeight = 721; }), true},
-            {"left", 1, kScene, with(kScene, [](SceneControl& s) { s.crops[0].left = 101; }),
+            {"frame height", 1, kScene, with(kScene, [](SceneControl& s) { s.frameHeight = 721; }),
              true},
+            {"left", 1, kScene, with(kScene, [](SceneControl& s) { s.crops[0].left = 101; }), true},
             {"top", 1, kScene, with(kScene, [](SceneControl& s) { s.crops[0].top = 51; }), true},
             {"right", 1, kScene, with(kScene, [](SceneControl& s) { s.crops[0].right = 741; }),
              true},
@@ -120,9 +119,8 @@ TEST(SceneTest, SetSceneStoresAlwaysAndAnnouncesOnlyNewCropsInModesOneAndTwo) {
         // and listeners hear of it, crop before text, only when it is new
         EXPECT_EQ(listener->events(),
                   row.announce ? announced(row.scene) : std::vector<std::string>{});
-        EXPECT_EQ(listener->jsons(),
-                  row.announce ? std::vector<std::string>{sceneText(row.scene)}
-                               : std::vector<std::string>{});
+        EXPECT_EQ(listener->jsons(), row.announce ? std::vector<std::string>{sceneText(row.scene)}
+                                                  : std::vector<std::string>{});
         EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), row.announce ? row.scene : last);
     }
 }
@@ -194,8 +192,7 @@ TEST(SceneTest, FlipMaskMirrorsTheAnnouncedFirstCropOnly) {
 
     // When the scene is set, listeners see it rotated, with the text of the rotated crop
     provider->setScene(scene);
-    const SceneControl mirrored{
-            {Crop{540, 310, 1180, 670}, Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0};
+    const SceneControl mirrored{{Crop{540, 310, 1180, 670}, Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0};
     EXPECT_EQ(listener->crops(), (std::vector<SceneControl>{mirrored}));
     ASSERT_EQ(listener->jsons().size(), 1u);
     EXPECT_NE(listener->jsons()[0].find("\"source\": { \"xoffset\":\"2295\", \"yoffset\":\"1317\", "

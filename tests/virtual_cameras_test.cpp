@@ -1,7 +1,9 @@
 // Virtual cameras: capability, name list, maximum, availability switch with its tracking rule,
-// and the info records.
+// the info records, and the provider lock around each method.
 #include <stdint.h>
 
+#include <chrono>
+#include <functional>
 #include <future>
 #include <string>
 #include <vector>
@@ -40,41 +42,11 @@ constexpr const char* kMax = "persist.tessaview.vc.max";
 LogLine event(const std::string& text) {
     return {kListenerTag, kInfo, text};
 }
-
 LogLine info(const std::string& text) {
     return providerLine(kInfo, text);
 }
-
 LogLine debug(const std::string& text) {
     return providerLine(kDebug, text);
-}
-
-LogLine switchLine(const std::string& id, int available) {
-    return info("setVirtualCameraAvailability: camera: " + id +
-                " setting virtual camera availability to " + std::to_string(available));
-}
-
-LogLine enableLine(int available) {
-    return info("setVirtualCameraEnabledProperty: setting property vendor.tessaview.vc.enable to " +
-                std::to_string(available));
-}
-
-const LogLine kMultistreamLine =
-        info("setVirtualCameraAvailability: multistream feature flag "
-             "enabled!!!");
-
-// The lines of a setTrackingMode call from a session in another mode, in order.
-std::vector<LogLine> trackingChange(const std::string& id, int mode) {
-    return {debug("ZorvCameraProvider setTrackingMode " + std::to_string(mode) + " \n"),
-            debug("Tracking changed to " + std::to_string(mode) + " "),
-            event("cameraDeviceTrackingChange " + id + " " + std::to_string(mode)),
-            info("setTrackingModeProperty: setting talker tracking to " + std::to_string(mode))};
-}
-
-std::vector<LogLine> join(std::initializer_list<std::vector<LogLine>> parts) {
-    std::vector<LogLine> all;
-    for (const auto& p : parts) all.insert(all.end(), p.begin(), p.end());
-    return all;
 }
 
 CameraInfo record(const std::string& tag, uint8_t seed) {
@@ -87,6 +59,12 @@ CameraInfo record(const std::string& tag, uint8_t seed) {
     info.value2 = 0x0123456789ABCDEFull + seed;
     info.value3 = seed;
     return info;
+}
+
+bool same(const CameraInfo& a, const CameraInfo& b) {
+    return a.text1 == b.text1 && a.text2 == b.text2 && a.entries == b.entries &&
+           a.block == b.block && a.value1 == b.value1 && a.value2 == b.value2 &&
+           a.value3 == b.value3;
 }
 
 class VirtualCameraTest : public ::testing::Test {
@@ -102,27 +80,22 @@ class VirtualCameraTest : public ::testing::Test {
     // The names of getVirtualCameraList; `calls` counts the result callbacks.
     std::vector<std::string> list(const hidl_string& id, int* calls = nullptr) {
         std::vector<std::string> names;
-        int n = 0;
         EXPECT_TRUE(provider->getVirtualCameraList(id,
                                                    [&](const hidl_vec<hidl_string>& v) {
-                                                       ++n;
+                                                       if (calls != nullptr) ++*calls;
                                                        for (const hidl_string& s : v)
                                                            names.push_back(s);
                                                    })
                             .isOk());
-        if (calls != nullptr) *calls = n;
         return names;
     }
-    // The records of getVirtualCameraInfo; `calls` counts the result callbacks.
     std::vector<CameraInfo> infos(int* calls = nullptr) {
         std::vector<CameraInfo> out;
-        int n = 0;
         EXPECT_TRUE(provider->getVirtualCameraInfo([&](const hidl_vec<CameraInfo>& v) {
-                                ++n;
+                                if (calls != nullptr) ++*calls;
                                 out = v;
                             })
                             .isOk());
-        if (calls != nullptr) *calls = n;
         return out;
     }
     VirtualCameraCapability capability(const hidl_string& id) {
@@ -133,15 +106,6 @@ class VirtualCameraTest : public ::testing::Test {
     int32_t trackingMode() {
         return static_cast<int32_t>(static_cast<TrackingMode>(provider->getTrackingMode("0")));
     }
-    // Whether another thread is kept out of the provider right now.
-    bool providerLocked() {
-        return !std::async(std::launch::async, [&] {
-                    auto& lock = ZorvCameraProviderTestPeer::lock(*provider);
-                    if (!lock.try_lock()) return false;
-                    lock.unlock();
-                    return true;
-                }).get();
-    }
 
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     sp<RecordingListener> listener = new RecordingListener();
@@ -150,25 +114,17 @@ class VirtualCameraTest : public ::testing::Test {
 }  // namespace
 
 TEST_F(VirtualCameraTest, GettersBeforeAnySetAnswerNotFoundAndCreateNoEntry) {
+    // Asked twice about a camera never set: a getter creates nothing
     for (int round = 0; round < 2; ++round) {
         LogCapture::clear();
-
-        // When each getter is asked about a camera never set (twice: a getter creates nothing)
         int listCalls = 0, infoCalls = 0;
-        std::vector<std::string> names = list("0", &listCalls);
-        VirtualCameraCapability cap = capability("0");
-        uint32_t maximum = max("0");
-        std::vector<CameraInfo> records = infos(&infoCalls);
-        bool on = available("0");
-
-        // Then every answer and every log line is the not-found one
+        EXPECT_TRUE(list("0", &listCalls).empty());
+        EXPECT_EQ(capability("0"), VirtualCameraCapability::NOT_SUPPORTED);
+        EXPECT_EQ(max("0"), 0u);
+        EXPECT_TRUE(infos(&infoCalls).empty());
+        EXPECT_FALSE(available("0"));
         EXPECT_EQ(listCalls, 1);
-        EXPECT_TRUE(names.empty());
-        EXPECT_EQ(cap, VirtualCameraCapability::NOT_SUPPORTED);
-        EXPECT_EQ(maximum, 0u);
         EXPECT_EQ(infoCalls, 1);
-        EXPECT_TRUE(records.empty());
-        EXPECT_FALSE(on);
         EXPECT_EQ(LogCapture::lines(),
                   (std::vector<LogLine>{
                           debug("getVirtualCameraList: camera: 0"),
@@ -189,18 +145,9 @@ TEST_F(VirtualCameraTest, GettersBeforeAnySetAnswerNotFoundAndCreateNoEntry) {
     EXPECT_TRUE(listener->events().empty());
 }
 
-TEST_F(VirtualCameraTest, SetListLogsEachStepThenNotifiesUnderTheLock) {
-    // Given a listener that checks, during its call, whether another thread could get in
-    bool lockedOut = false;
-    listener->onEvent([&](const std::string& e) {
-        __android_log_print(ANDROID_LOG_INFO, kListenerTag, "%s", e.c_str());
-        lockedOut = providerLocked();
-    });
-
-    // When a list of two names is set
+TEST_F(VirtualCameraTest, SetListLogsEachStepThenNotifies) {
     provider->setVirtualCameraList("device/0", {"front", "back"});
 
-    // Then the enumeration comes first, the listener last, with the provider lock held
     EXPECT_EQ(LogCapture::lines(),
               (std::vector<LogLine>{
                       info("setVirtualCameraList: camera: device/0 adding 2 virtual cameras "),
@@ -214,44 +161,31 @@ TEST_F(VirtualCameraTest, SetListLogsEachStepThenNotifiesUnderTheLock) {
                       info("setVirtualCameraList: Calling the listeners"),
                       event("onVirtualCameraListChange device/0 2"),
               }));
-    EXPECT_TRUE(lockedOut);
     EXPECT_EQ(list("device/0"), (std::vector<std::string>{"front", "back"}));
 }
 
-TEST_F(VirtualCameraTest, ListIsReplacedWholeAndEmptyListIsStored) {
-    // Given a camera with three names, a duplicate and an empty one among them
-    provider->setVirtualCameraList("0", {"a", "a", ""});
-    EXPECT_EQ(list("0"), (std::vector<std::string>{"a", "a", ""}));
+TEST_F(VirtualCameraTest, ListIsReplacedWholeNamesAreCutAtNulAndEmptyListIsStored) {
+    // Duplicates and empty names are kept; a name is stored up to its NUL but notified whole
+    const hidl_string withNul("ab\0cd", 5);
+    provider->setVirtualCameraList("0", {"a", "a", "", withNul});
+    EXPECT_EQ(list("0"), (std::vector<std::string>{"a", "a", "", "ab"}));
+    ASSERT_EQ(listener->lists().size(), 1u);
+    EXPECT_EQ(std::string(listener->lists()[0][3]), std::string("ab\0cd", 5));
+    EXPECT_TRUE(LogCapture::contains(info("setVirtualCameraList:    virtual camera: ab")));
 
-    // When a shorter list and then an empty one are set
+    // A shorter list leaves nothing of the longer one; an empty list is a found entry
     provider->setVirtualCameraList("0", {"d"});
-    std::vector<std::string> afterShorter = list("0");
+    EXPECT_EQ(list("0"), (std::vector<std::string>{"d"}));
     provider->setVirtualCameraList("0", {});
     LogCapture::clear();
     int calls = 0;
-    std::vector<std::string> afterEmpty = list("0", &calls);
-
-    // Then nothing of an earlier list stays, and the empty list is a found entry
-    EXPECT_EQ(afterShorter, (std::vector<std::string>{"d"}));
-    EXPECT_TRUE(afterEmpty.empty());
+    EXPECT_TRUE(list("0", &calls).empty());
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(LogCapture::lines(),
               (std::vector<LogLine>{
                       debug("getVirtualCameraList: camera: 0"),
                       info("getVirtualCameraList: found virtual cameras for camera: 0 0"),
               }));
-}
-
-TEST_F(VirtualCameraTest, NameWithNulIsStoredCutButNotifiedAsReceived) {
-    const hidl_string withNul("ab\0cd", 5);
-
-    provider->setVirtualCameraList("0", {withNul, "e"});
-
-    ASSERT_EQ(listener->lists().size(), 1u);
-    ASSERT_EQ(listener->lists()[0].size(), 2u);
-    EXPECT_EQ(std::string(listener->lists()[0][0]), std::string("ab\0cd", 5));
-    EXPECT_EQ(list("0"), (std::vector<std::string>{"ab", "e"}));
-    EXPECT_TRUE(LogCapture::contains(info("setVirtualCameraList:    virtual camera: ab")));
 }
 
 TEST_F(VirtualCameraTest, CamerasAndTablesAreIndependentButMaxPropertyIsDeviceWide) {
@@ -279,14 +213,11 @@ TEST_F(VirtualCameraTest, CamerasAndTablesAreIndependentButMaxPropertyIsDeviceWi
 }
 
 TEST_F(VirtualCameraTest, LargestAndZeroMaximumRoundTrip) {
-    provider->setMaxVirtualCameras("0", 4294967295u);
-    EXPECT_EQ(prop(kMax), "4294967295");
-    EXPECT_EQ(max("0"), 4294967295u);
-
-    provider->setMaxVirtualCameras("0", 0);
-    EXPECT_EQ(prop(kMax), "0");
-    EXPECT_EQ(max("0"), 0u);
-
+    for (uint32_t value : {4294967295u, 0u}) {
+        provider->setMaxVirtualCameras("0", value);
+        EXPECT_EQ(prop(kMax), std::to_string(value));
+        EXPECT_EQ(max("0"), value);
+    }
     EXPECT_EQ(LogCapture::lines(),
               (std::vector<LogLine>{
                       info("setMaxVirtualCameras: camera: 0 setting max virtual cameras to "
@@ -303,20 +234,18 @@ TEST_F(VirtualCameraTest, LargestAndZeroMaximumRoundTrip) {
 
 TEST_F(VirtualCameraTest, UnnamedCapabilityIsKeptAndRepeatedSetsNotifyEachTime) {
     const auto unnamed = static_cast<VirtualCameraCapability>(42);
-
-    // When every setter is called twice with the same value
     for (int i = 0; i < 2; ++i) {
         provider->setVirtualCameraCapability("0", unnamed);
         provider->setVirtualCameraList("0", {"v"});
         provider->setMaxVirtualCameras("0", 2);
+        provider->setVirtualCameraAvailability("0", true);
     }
-
-    // Then each call notified, and the unnamed value comes back unchanged
     EXPECT_EQ(listener->events(),
               (std::vector<std::string>{
                       "onVirtualCameraCapabilityChange 0 42", "onVirtualCameraListChange 0 1",
-                      "onMaxVirtualCamerasChange 0 2", "onVirtualCameraCapabilityChange 0 42",
-                      "onVirtualCameraListChange 0 1", "onMaxVirtualCamerasChange 0 2"}));
+                      "onMaxVirtualCamerasChange 0 2", "onVirtualCameraAvailablityChange 0 1",
+                      "onVirtualCameraCapabilityChange 0 42", "onVirtualCameraListChange 0 1",
+                      "onMaxVirtualCamerasChange 0 2", "onVirtualCameraAvailablityChange 0 1"}));
     EXPECT_EQ(LogCapture::count(info("setVirtualCameraCapability: camera: 0 capability: 42")), 2);
     LogCapture::clear();
     EXPECT_EQ(capability("0"), unnamed);
@@ -336,153 +265,178 @@ TEST_F(VirtualCameraTest, PropertyFunctionsWriteUnsignedMaximumSilentlyAndEnable
     EXPECT_EQ(prop(kEnable), "1");
     setVirtualCameraEnabledProperty(false);
     EXPECT_EQ(prop(kEnable), "0");
-    EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{enableLine(1), enableLine(0)}));
+    EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{
+                                           info("setVirtualCameraEnabledProperty: setting property "
+                                                "vendor.tessaview.vc.enable to 1"),
+                                           info("setVirtualCameraEnabledProperty: setting property "
+                                                "vendor.tessaview.vc.enable to 0"),
+                                   }));
 }
 
-TEST_F(VirtualCameraTest, MultistreamOffSwitchNeverTouchesTracking) {
-    // Given the multistream flag missing, later explicitly 0
-    for (const char* flag : {"", "0"}) {
-        if (*flag != '\0') setProp(kMultistream, flag);
+TEST_F(VirtualCameraTest, AvailabilitySwitchDrivesTrackingOnlyWithMultistream) {
+    // Each step: the multistream flag ("" leaves it missing), the call, the tracking mode it
+    // asks for (-1: none; 0 asked for again while in force is only logged), the mode after.
+    struct Step {
+        const char* flag;
+        const char* id;
+        bool available;
+        int32_t asks;
+        bool announced;
+        int32_t modeAfter;
+    };
+    const Step steps[] = {
+            // Flag missing, then 0: the tracking mode is never touched
+            {"", "A", true, -1, false, 0},
+            {"", "A", true, -1, false, 0},
+            {"", "B", false, -1, false, 0},
+            {"0", "A", true, -1, false, 0},
+            {"0", "B", false, -1, false, 0},
+            // Flag on: available asks for 5 every time, announced only when it changes
+            {"1", "A", true, 5, true, 5},
+            {"1", "A", true, 5, false, 5},
+            // unavailable asks for 1 only when the enable property was 1 before the call
+            {"1", "A", false, 1, true, 1},
+            {"1", "A", false, -1, false, 1},
+            // the enable property is device-wide: B's call sees A's value
+            {"1", "A", true, 5, true, 5},
+            {"1", "B", false, 1, true, 1},
+    };
+    for (const Step& step : steps) {
+        SCOPED_TRACE(std::string(step.flag) + " " + step.id + " " + std::to_string(step.available));
+        if (*step.flag != '\0') setProp(kMultistream, step.flag);
         LogCapture::clear();
 
-        // When A is made available twice and B unavailable
-        provider->setVirtualCameraAvailability("A", true);
-        provider->setVirtualCameraAvailability("A", true);
-        provider->setVirtualCameraAvailability("B", false);
+        provider->setVirtualCameraAvailability(step.id, step.available);
 
-        // Then each call stores, writes the enable property and notifies; tracking stays off
-        EXPECT_EQ(LogCapture::lines(),
-                  (std::vector<LogLine>{switchLine("A", 1), enableLine(1),
-                                        event("onVirtualCameraAvailablityChange A 1"),
-                                        switchLine("A", 1), enableLine(1),
-                                        event("onVirtualCameraAvailablityChange A 1"),
-                                        switchLine("B", 0), enableLine(0),
-                                        event("onVirtualCameraAvailablityChange B 0")}));
-        EXPECT_EQ(prop(kEnable), "0");
-        EXPECT_EQ(prop(kTalkerTracking), "0");
-        EXPECT_EQ(trackingMode(), 0);
-        EXPECT_TRUE(available("A"));
-        EXPECT_FALSE(available("B"));
-        EXPECT_TRUE(LogCapture::contains(
-                info("getVirtualCameraAvailability: Found availability: B enable: 0")));
+        const std::string id = step.id;
+        const std::string on = std::to_string(step.available);
+        std::vector<LogLine> lines = {info("setVirtualCameraAvailability: camera: " + id +
+                                           " setting virtual camera availability to " + on)};
+        if (std::string(step.flag) == "1") {
+            lines.push_back(
+                    info("setVirtualCameraAvailability: multistream feature flag "
+                         "enabled!!!"));
+        }
+        if (step.asks >= 0) {
+            const std::string mode = std::to_string(step.asks);
+            lines.push_back(debug("ZorvCameraProvider setTrackingMode " + mode + " \n"));
+            if (step.announced) {
+                lines.push_back(debug("Tracking changed to " + mode + " "));
+                lines.push_back(event("cameraDeviceTrackingChange " + id + " " + mode));
+                lines.push_back(
+                        info("setTrackingModeProperty: setting talker tracking to " + mode));
+            }
+        }
+        lines.push_back(
+                info("setVirtualCameraEnabledProperty: setting property "
+                     "vendor.tessaview.vc.enable to " +
+                     on));
+        lines.push_back(event("onVirtualCameraAvailablityChange " + id + " " + on));
+        EXPECT_EQ(LogCapture::lines(), lines);
+        EXPECT_EQ(trackingMode(), step.modeAfter);
+        EXPECT_EQ(prop(kTalkerTracking), std::to_string(step.modeAfter));
+        EXPECT_EQ(prop(kEnable), on);
     }
-}
-
-TEST_F(VirtualCameraTest, MultistreamOnAvailableSetsModeFiveEveryCallUnavailableOneOnlyOnce) {
-    setProp(kMultistream, "1");
-
-    // When A is made available
-    provider->setVirtualCameraAvailability("A", true);
-
-    // Then tracking goes to 5 and is announced before the enable property and the switch
-    EXPECT_EQ(LogCapture::lines(),
-              join({{switchLine("A", 1), kMultistreamLine},
-                    trackingChange("A", 5),
-                    {enableLine(1), event("onVirtualCameraAvailablityChange A 1")}}));
-    EXPECT_EQ(trackingMode(), 5);
-    EXPECT_EQ(prop(kTalkerTracking), "5");
-    EXPECT_EQ(prop(kEnable), "1");
-
-    // When A is made available again
+    // Each camera keeps its own switch, whatever the device-wide property says
     LogCapture::clear();
-    provider->setVirtualCameraAvailability("A", true);
-
-    // Then mode 5 is asked for again; already in force, it is not announced again
-    EXPECT_EQ(LogCapture::lines(),
-              (std::vector<LogLine>{switchLine("A", 1), kMultistreamLine,
-                                    debug("ZorvCameraProvider setTrackingMode 5 \n"), enableLine(1),
-                                    event("onVirtualCameraAvailablityChange A 1")}));
-
-    // When A is made unavailable twice in a row
-    LogCapture::clear();
-    provider->setVirtualCameraAvailability("A", false);
-    provider->setVirtualCameraAvailability("A", false);
-
-    // Then only the first call, which found the property at 1, sets tracking mode 1
-    EXPECT_EQ(LogCapture::lines(),
-              join({{switchLine("A", 0), kMultistreamLine},
-                    trackingChange("A", 1),
-                    {enableLine(0), event("onVirtualCameraAvailablityChange A 0")},
-                    {switchLine("A", 0), kMultistreamLine, enableLine(0),
-                     event("onVirtualCameraAvailablityChange A 0")}}));
-    EXPECT_EQ(trackingMode(), 1);
-    EXPECT_EQ(prop(kTalkerTracking), "1");
-    EXPECT_EQ(prop(kEnable), "0");
-}
-
-TEST_F(VirtualCameraTest, MultistreamOnEnablePropertyIsDeviceWide) {
-    // Given the flag on and camera A available
-    setProp(kMultistream, "1");
-    provider->setVirtualCameraAvailability("A", true);
-    LogCapture::clear();
-
-    // When another camera, B, is made unavailable
-    provider->setVirtualCameraAvailability("B", false);
-
-    // Then B's call saw A's enable value and set mode 1 for B; A is still available
-    EXPECT_EQ(LogCapture::lines(),
-              join({{switchLine("B", 0), kMultistreamLine},
-                    trackingChange("B", 1),
-                    {enableLine(0), event("onVirtualCameraAvailablityChange B 0")}}));
-    EXPECT_EQ(prop(kEnable), "0");
     EXPECT_TRUE(available("A"));
     EXPECT_FALSE(available("B"));
-    EXPECT_TRUE(LogCapture::contains(
-            info("getVirtualCameraAvailability: Found availability: A enable: 1")));
+    EXPECT_EQ(LogCapture::lines(),
+              (std::vector<LogLine>{
+                      debug("getVirtualCameraAvailability: camera: A"),
+                      info("getVirtualCameraAvailability: Found availability: A enable: 1"),
+                      debug("getVirtualCameraAvailability: camera: B"),
+                      info("getVirtualCameraAvailability: Found availability: B enable: 0"),
+              }));
 }
 
-TEST_F(VirtualCameraTest, InfoRecordsRoundTripMemberForMemberAndAreCopiedDeep) {
-    // Given two records with every member set
+TEST_F(VirtualCameraTest, InfoRecordsAreCopiedDeepReplacedWholeAndNotifiedAsSent) {
+    // Given two records with every member set, stored, and the caller's copy changed after
     hidl_vec<CameraInfo> sent = {record("first", 7), record("second", 200)};
-    const std::vector<CameraInfo> expected = {record("first", 7), record("second", 200)};
-
-    // When they are set and the caller then changes its own copy
     provider->setVirtualCameraInfo(sent);
     sent[0].text1 = "changed";
     sent[0].entries[1].value = 0;
     sent[0].block[3] = 0;
     sent[1].value2 = 0;
-    std::vector<CameraInfo> got = infos();
 
     // Then the listener got them as sent and the provider answers with its own copies
-    ASSERT_EQ(listener->infos().size(), 1u);
-    EXPECT_TRUE(std::vector<CameraInfo>(listener->infos()[0]) == expected);
+    const CameraInfo expected[] = {record("first", 7), record("second", 200)};
+    std::vector<CameraInfo> got = infos();
     ASSERT_EQ(got.size(), 2u);
+    ASSERT_EQ(listener->infos().size(), 1u);
     for (size_t i = 0; i < 2; ++i) {
-        EXPECT_EQ(got[i].text1, expected[i].text1);
-        EXPECT_EQ(got[i].text2, expected[i].text2);
-        EXPECT_TRUE(got[i].entries == expected[i].entries);
-        EXPECT_TRUE(got[i].block == expected[i].block);
-        EXPECT_EQ(got[i].value1, expected[i].value1);
-        EXPECT_EQ(got[i].value2, expected[i].value2);
-        EXPECT_EQ(got[i].value3, expected[i].value3);
+        EXPECT_TRUE(same(got[i], expected[i])) << i;
+        EXPECT_TRUE(same(listener->infos()[0][i], expected[i])) << i;
     }
     EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{info("setVirtualCameraInfo: info size 2"),
                                                          event("onVirtualCameraInfos 2"),
                                                          info("getVirtualCameraInfo: ")}));
-}
 
-TEST_F(VirtualCameraTest, InfoListIsReplacedWholeAndAnsweredUnderTheLock) {
-    // Given two records stored
-    provider->setVirtualCameraInfo({record("a", 1), record("b", 2)});
-
-    // When one record, then none, are set
+    // When one record, then none, are set, nothing of an earlier list remains
     provider->setVirtualCameraInfo({record("c", 3)});
-    std::vector<CameraInfo> afterOne = infos();
+    got = infos();
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_TRUE(same(got[0], record("c", 3)));
     provider->setVirtualCameraInfo({});
-    bool lockedOut = false;
-    int calls = 0;
-    provider->getVirtualCameraInfo([&](const hidl_vec<CameraInfo>& v) {
-        ++calls;
-        EXPECT_EQ(v.size(), 0u);
-        lockedOut = providerLocked();
-    });
-
-    // Then nothing of an earlier list remains, and the answer came with the lock held
-    EXPECT_TRUE(afterOne == std::vector<CameraInfo>{record("c", 3)});
-    EXPECT_EQ(calls, 1);
-    EXPECT_TRUE(lockedOut);
+    EXPECT_TRUE(infos().empty());
     EXPECT_EQ(listener->events(),
               (std::vector<std::string>{"onVirtualCameraInfos 2", "onVirtualCameraInfos 1",
                                         "onVirtualCameraInfos 0"}));
+}
+
+TEST_F(VirtualCameraTest, EveryMethodWaitsForTheProviderLockAndAnswersUnderIt) {
+    auto& lock = ZorvCameraProviderTestPeer::lock(*provider);
+    // Everything the methods change, as seen from the thread holding the lock.
+    auto state = [&] {
+        return std::to_string(static_cast<int>(capability("0"))) + " " +
+               std::to_string(list("0").size()) + " " + std::to_string(max("0")) + " " +
+               std::to_string(available("0")) + " " + std::to_string(infos().size()) + " " +
+               prop(kMax) + " " + prop(kEnable) + " " + std::to_string(listener->events().size());
+    };
+    // Whether another thread could take the lock right now.
+    auto lockFree = [&] {
+        return std::async(std::launch::async,
+                          [&] {
+                              if (!lock.try_lock()) return false;
+                              lock.unlock();
+                              return true;
+                          })
+                .get();
+    };
+    bool freeDuringAnswer = false;
+    const std::pair<const char*, std::function<void()>> calls[] = {
+            {"setVirtualCameraCapability",
+             [&] {
+                 provider->setVirtualCameraCapability("0", VirtualCameraCapability::SUPPORTED);
+             }},
+            {"getVirtualCameraCapability", [&] { capability("0"); }},
+            {"setVirtualCameraList", [&] { provider->setVirtualCameraList("0", {"a"}); }},
+            {"getVirtualCameraList",
+             [&] {
+                 provider->getVirtualCameraList("0", [&](auto&) { freeDuringAnswer = lockFree(); });
+             }},
+            {"setMaxVirtualCameras", [&] { provider->setMaxVirtualCameras("0", 3); }},
+            {"getMaxVirtualCameras", [&] { max("0"); }},
+            {"setVirtualCameraAvailability",
+             [&] { provider->setVirtualCameraAvailability("0", true); }},
+            {"getVirtualCameraAvailability", [&] { available("0"); }},
+            {"setVirtualCameraInfo", [&] { provider->setVirtualCameraInfo({record("a", 1)}); }},
+            {"getVirtualCameraInfo",
+             [&] {
+                 provider->getVirtualCameraInfo([&](auto&) { freeDuringAnswer = lockFree(); });
+             }},
+    };
+    for (const auto& [name, call] : calls) {
+        SCOPED_TRACE(name);
+        freeDuringAnswer = false;
+        lock.lock();
+        const std::string before = state();
+        std::future<void> running = std::async(std::launch::async, call);
+        EXPECT_EQ(running.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+        EXPECT_EQ(state(), before);
+        lock.unlock();
+        running.get();
+        // The result callbacks run with the lock still held
+        EXPECT_FALSE(freeDuringAnswer);
+    }
 }
