@@ -18,14 +18,13 @@ using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCame
 namespace {
 
 const char* const kSuffixes[] = {".l", ".t", ".r", ".b"};
-const std::vector<std::string> kNone = {"", "", "", ""};
 
-// The four property texts of a preset: l, t, r, b ("" when missing).
-std::vector<std::string> stored(int32_t n) {
-    std::vector<std::string> ltrb;
+// The four property texts of a preset, l, t, r, b, joined by blanks ("" when missing).
+std::string stored(int32_t n) {
+    std::string ltrb;
     for (const char* s : kSuffixes)
-        ltrb.push_back(prop("persist.camera.preset." + std::to_string(n) + s));
-    return ltrb;
+        ltrb += " " + prop("persist.camera.preset." + std::to_string(n) + s);
+    return ltrb.substr(1);
 }
 
 SceneControl ptz() {
@@ -33,9 +32,11 @@ SceneControl ptz() {
     return FDSession::getInstance()->mPTZControl;
 }
 
-std::string position(int32_t n, const std::vector<std::string>& lrtb) {
-    return std::to_string(n) + ", position  " + lrtb[0] + ", " + lrtb[1] + ", " + lrtb[2] + ", " +
-           lrtb[3] + "   \n";
+// "<n>, position  <l>, <r>, <t>, <b>   \n", as both methods log it.
+std::string position(int32_t n, const Crop& c) {
+    return std::to_string(n) + ", position  " + std::to_string(c.left) + ", " +
+           std::to_string(c.right) + ", " + std::to_string(c.top) + ", " +
+           std::to_string(c.bottom) + "   \n";
 }
 
 }  // namespace
@@ -44,16 +45,20 @@ TEST(PresetsTest, SaveWritesTheCurrentPtzCropInDecimalForZeroToNinetyNineOnly) {
     struct Row {
         SceneControl ptz;
         int32_t preset;
-        std::vector<std::string> ltrb;  // kNone: nothing written
+        const char* ltrb;  // "   ": nothing written
+        Crop logged;
     };
     const Row rows[] = {
-            {{{Crop{0, 0, 1280, 720}}, 1280, 720, 0, 0, 0}, 0, {"0", "0", "1280", "720"}},
-            {{{Crop{100, 56, 1180, 664}}, 1280, 720, 0, 0, 0}, 99, {"100", "56", "1180", "664"}},
-            {{{Crop{-1, 2, 3, 4}}, 1280, 720, 0, 0, 0}, 7, {"-1", "2", "3", "4"}},
+            {{{Crop{0, 0, 1280, 720}}, 1280, 720, 0, 0, 0}, 0, "0 0 1280 720", {0, 0, 1280, 720}},
+            {{{Crop{100, 56, 1180, 664}}, 1280, 720, 0, 0, 0},
+             99,
+             "100 56 1180 664",
+             {100, 56, 1180, 664}},
+            {{{Crop{-1, 2, 3, 4}}, 1280, 720, 0, 0, 0}, 7, "-1 2 3 4", {-1, 2, 3, 4}},
             // A PTZ record without crops is saved as its whole frame
-            {{{}, 640, 360, 0, 0, 0}, 5, {"0", "0", "640", "360"}},
-            {{{Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0}, 100, kNone},
-            {{{Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0}, -1, kNone},
+            {{{}, 640, 360, 0, 0, 0}, 5, "0 0 640 360", {0, 0, 640, 360}},
+            {{{Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0}, 100, "   ", {}},
+            {{{Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0}, -1, "   ", {}},
     };
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     for (const Row& row : rows) {
@@ -66,11 +71,9 @@ TEST(PresetsTest, SaveWritesTheCurrentPtzCropInDecimalForZeroToNinetyNineOnly) {
         EXPECT_EQ(stored(row.preset), row.ltrb);
         std::vector<LogLine> logs = {
                 providerLine(kDebug, "SavePreset " + std::to_string(row.preset) + " ")};
-        if (row.ltrb != kNone) {
-            logs.push_back(providerLine(
-                    kDebug, "SavePreset : " + position(row.preset, {row.ltrb[0], row.ltrb[2],
-                                                                    row.ltrb[1], row.ltrb[3]})));
-        }
+        if (row.ltrb[0] != ' ')
+            logs.push_back(
+                    providerLine(kDebug, "SavePreset : " + position(row.preset, row.logged)));
         EXPECT_EQ(LogCapture::linesWithTag(kProviderTag), logs);
     }
 }
@@ -79,20 +82,25 @@ TEST(PresetsTest, GotoAppliesValidRectanglesAsStoredAndRefusesTheRest) {
     struct Row {
         const char* what;
         std::vector<std::string> ltrb;  // the properties written; fewer than four: partly
+        Crop read;                      // as read, a missing or unreadable edge as -1
         bool applied;
     };
     const Row rows[] = {
-            {"never saved", {}, false},
-            {"zero width", {"0", "0", "0", "720"}, false},
-            {"zero height", {"10", "20", "30", "20"}, false},
-            {"inverted", {"500", "0", "400", "720"}, false},
-            {"negative left", {"-5", "0", "400", "720"}, false},
-            {"negative top", {"0", "-5", "400", "720"}, false},
-            {"partly written", {"0", "0", "400"}, false},
-            {"not a number", {"0", "x", "400", "720"}, false},
-            {"saved", {"100", "56", "1180", "664"}, true},
-            {"one by one", {"0", "0", "1", "1"}, true},
-            {"beyond the frame, not clamped", {"1000", "600", "2000", "900"}, true},
+            {"never saved", {}, {-1, -1, -1, -1}, false},
+            {"zero width", {"0", "0", "0", "720"}, {0, 0, 0, 720}, false},
+            {"zero height", {"10", "20", "30", "20"}, {10, 20, 30, 20}, false},
+            {"inverted", {"500", "0", "400", "720"}, {500, 0, 400, 720}, false},
+            {"negative left", {"-5", "0", "400", "720"}, {-5, 0, 400, 720}, false},
+            {"negative top", {"0", "-5", "400", "720"}, {0, -5, 400, 720}, false},
+            {"partly written", {"0", "0", "400"}, {0, 0, 400, -1}, false},
+            {"not a number", {"0", "x", "400", "720"}, {0, -1, 400, 720}, false},
+            {"beyond 32 bits", {"0", "0", "4294967296", "720"}, {0, 0, -1, 720}, false},
+            {"saved", {"100", "56", "1180", "664"}, {100, 56, 1180, 664}, true},
+            {"hex and trailing text", {"0x10", "12abc", "17", "13"}, {16, 12, 17, 13}, true},
+            {"beyond the frame, not clamped",
+             {"1000", "600", "2000", "900"},
+             {1000, 600, 2000, 900},
+             true},
     };
     // Tracking on changes nothing for presets
     {
@@ -115,38 +123,21 @@ TEST(PresetsTest, GotoAppliesValidRectanglesAsStoredAndRefusesTheRest) {
         RecordingEngine engine;
         LogCapture::clear();
 
-        // When it is recalled
+        // When it is recalled, it is logged as read
         EXPECT_EQ(provider->gotoPreset("cam0", preset), row.applied);
-
-        // Then it is logged with missing or unreadable edges as -1
-        std::vector<std::string> read = {"-1", "-1", "-1", "-1"};
-        for (size_t i = 0; i < row.ltrb.size(); ++i) {
-            if (row.ltrb[i] != "x") read[i] = row.ltrb[i];
-        }
+        const Crop& c = row.read;
         EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
                   (std::vector<LogLine>{
                           providerLine(kDebug, "GotoPreset " + std::to_string(preset) + " "),
-                          providerLine(kDebug,
-                                       "GotoPreset : " + position(preset, {read[0], read[2],
-                                                                           read[1], read[3]})),
+                          providerLine(kDebug, "GotoPreset : " + position(preset, c)),
                   }));
         // and a valid rectangle reaches the session, the engine and the listeners as stored
-        if (row.applied) {
-            const SceneControl expected{{Crop{std::stoi(read[0]), std::stoi(read[1]),
-                                              std::stoi(read[2]), std::stoi(read[3])}},
-                                        1280,
-                                        720,
-                                        0,
-                                        0,
-                                        0};
-            EXPECT_EQ(ptz(), expected);
-            EXPECT_EQ(engine.operations(), (std::vector<std::string>{"onPTZControl"}));
-            EXPECT_EQ(listener->crops(), (std::vector<SceneControl>{expected}));
-            EXPECT_EQ(listener->jsons().size(), 1u);
-        } else {
-            EXPECT_EQ(ptz(), before);
-            EXPECT_TRUE(engine.calls().empty());
-            EXPECT_TRUE(listener->events().empty());
-        }
+        const SceneControl applied{{c}, 1280, 720, 0, 0, 0};
+        EXPECT_EQ(ptz(), row.applied ? applied : before);
+        EXPECT_EQ(engine.operations(), row.applied ? std::vector<std::string>{"onPTZControl"}
+                                                   : std::vector<std::string>{});
+        EXPECT_EQ(listener->crops(),
+                  row.applied ? std::vector<SceneControl>{applied} : std::vector<SceneControl>{});
+        EXPECT_EQ(listener->jsons().size(), row.applied ? 1u : 0u);
     }
 }
