@@ -12,8 +12,8 @@
 using namespace testing_support;
 using ::android::sp;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::Crop;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 namespace {
 

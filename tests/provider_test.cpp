@@ -11,9 +11,8 @@ using namespace testing_support;
 using ::android::sp;
 using ::android::hardware::hidl_string;
 using ::android::hardware::camera::common::V1_0::Status;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::IZorvCameraProvider;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackingMode;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 TEST(ProviderEntryTest, FactoryLoadedByNameReturnsNewProviderForAnyName) {
     // Given the library loaded the way the service host loads it

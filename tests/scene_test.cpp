@@ -15,10 +15,8 @@ using ::android::sp;
 using ::android::hardware::hidl_string;
 using ::android::hardware::camera::common::V1_0::Status;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::Crop;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProviderTestPeer;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 namespace {
 
