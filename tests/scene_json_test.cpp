@@ -52,6 +52,8 @@ TEST(SceneJsonTest, SceneRowsScaleTo5440By3060TruncatingTowardZero) {
              text(425, 212, 2720, 1530, sceneTail(-3, 700))},
             {{{Crop{100, 56, 1180, 664}}, 1280, 720, 0, 0, 0},
              text(425, 238, 4590, 2584, sceneTail(0, 0))},
+            {{{Crop{540, 310, 1180, 670}}, 1280, 720, 0, 0, 0},
+             text(2295, 1317, 2720, 1530, sceneTail(0, 0))},
             // Negative values truncate toward zero, not down
             {{{Crop{-10, -10, 5, 5}}, 1280, 720, 0, 0, 0}, text(-42, -42, 63, 63, sceneTail(0, 0))},
             // Extreme edges wrap in 32 bits instead of overflowing

@@ -60,6 +60,7 @@ TEST(SceneTest, SetSceneStoresAlwaysAndAnnouncesOnlyNewCropsInModesOneAndTwo) {
         SceneControl scene;
         bool announce;
         bool listenerBefore = true;  // else the listener comes after `previous`
+        Crop flipped{};  // when set: the flip mask is on and listeners hear this first crop
     };
     const SceneControl none{};
     const Crop c = kScene.crops[0];
@@ -85,11 +86,16 @@ TEST(SceneTest, SetSceneStoresAlwaysAndAnnouncesOnlyNewCropsInModesOneAndTwo) {
             {"no crops, twice", 1, {{}, 1280, 720, 0, 0, 0}, {{}, 1280, 720, 0, 0, 0}, true},
             // Unheard, a scene is not the last announced one
             {"previous not heard", 1, kScene, kScene, true, false},
+            // The flip mask rotates the heard first crop only; it is read at every announcement
+            {"flip mask", 2, none, kScene, true, true, {540, 310, 1180, 670}},
+            {"flip mask off again", 1, none, kScene, true},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
         // Given a provider with a listener, an engine and the mode
         setMode(row.mode);
+        const bool flip = row.flipped.right != 0;
+        setProp("persist.camera.cpp.flipmask", flip ? "1" : "0");
         sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
         sp<RecordingListener> listener = new RecordingListener();
         if (row.listenerBefore) provider->setListener(listener);
@@ -114,10 +120,15 @@ TEST(SceneTest, SetSceneStoresAlwaysAndAnnouncesOnlyNewCropsInModesOneAndTwo) {
             EXPECT_EQ(FDSession::getInstance()->mSceneControl, row.scene);
         }
         // and listeners hear of it, crop before text, only when it is new
-        EXPECT_EQ(listener->events(),
-                  row.announce ? announced(row.scene) : std::vector<std::string>{});
-        EXPECT_EQ(listener->jsons(), row.announce ? std::vector<std::string>{sceneText(row.scene)}
+        SceneControl heard = row.scene;
+        if (flip) heard.crops[0] = row.flipped;
+        EXPECT_EQ(listener->events(), row.announce ? announced(heard) : std::vector<std::string>{});
+        EXPECT_EQ(listener->jsons(), row.announce ? std::vector<std::string>{sceneText(heard)}
                                                   : std::vector<std::string>{});
+        // while the provider keeps, and in modes 1 and 2 answers, the crop as set
+        if (row.mode == 1 || row.mode == 2) {
+            EXPECT_EQ(currentCrop(*provider), row.scene);
+        }
         EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), row.announce ? row.scene : last);
     }
 }
@@ -162,35 +173,6 @@ TEST(SceneTest, SceneTextIsRelayedVerbatimInEveryModeButZero) {
                   mode == 0 ? std::vector<std::string>{} : std::vector<std::string>{text});
         EXPECT_EQ(listener->events().size(), mode == 0 ? 0u : 1u);
     }
-}
-
-TEST(SceneTest, FlipMaskMirrorsTheAnnouncedFirstCropOnly) {
-    // Given the flip mask set, mode 1 and a listener
-    setProp("persist.camera.cpp.flipmask", "1");
-    setMode(1);
-    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
-    sp<RecordingListener> listener = new RecordingListener();
-    provider->setListener(listener);
-    const SceneControl scene{{Crop{100, 50, 740, 410}, Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0};
-
-    // When the scene is set, listeners see it rotated, with the text of the rotated crop
-    provider->setScene(scene);
-    const SceneControl mirrored{{Crop{540, 310, 1180, 670}, Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0};
-    EXPECT_EQ(listener->crops(), (std::vector<SceneControl>{mirrored}));
-    ASSERT_EQ(listener->jsons().size(), 1u);
-    EXPECT_NE(listener->jsons()[0].find("\"source\": { \"xoffset\":\"2295\", \"yoffset\":\"1317\", "
-                                        "\"width\":\"2720\", \"height\":\"1530\" },\n"),
-              std::string::npos);
-    // while the provider and the reply keep the crop as set
-    EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), scene);
-    EXPECT_EQ(currentCrop(*provider), scene);
-
-    // The mask is read at every announcement
-    listener->clear();
-    setProp("persist.camera.cpp.flipmask", "0");
-    const SceneControl next{{Crop{0, 0, 640, 360}}, 1280, 720, 0, 0, 0};
-    provider->setScene(next);
-    EXPECT_EQ(listener->crops(), (std::vector<SceneControl>{next}));
 }
 
 TEST(SceneTest, CropInForceFollowsTheModeAndDefaultsTheFrame) {
