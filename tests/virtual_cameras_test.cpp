@@ -102,12 +102,6 @@ class VirtualCameraTest : public ::testing::Test {
         });
         return out;
     }
-    // The tracking mode, the talker-tracking property and the enable property.
-    std::string tracking() {
-        return std::to_string(static_cast<int>(TrackingMode(provider->getTrackingMode("0")))) +
-               " " + prop("vendor.talkertracking.flag") + " " + prop("vendor.tessaview.vc.enable");
-    }
-
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     sp<RecordingListener> listener = new RecordingListener();
 };
@@ -223,80 +217,71 @@ TEST_F(VirtualCameraTest, TablesAnswerLogAndNotify) {
 }
 
 TEST_F(VirtualCameraTest, AvailabilitySwitchDrivesTrackingOnlyWithMultistream) {
-    const std::string on = "I setVirtualCameraAvailability: camera: ";
-    const std::string multistream =
-            "I setVirtualCameraAvailability: multistream feature flag "
-            "enabled!!!";
-    const std::string enable =
-            "I setVirtualCameraEnabledProperty: setting property "
-            "vendor.tessaview.vc.enable to ";
-    auto set = [&](const char* flag, const char* id, bool available) {
-        return [=] {
-            if (*flag != '\0') setProp("persist.vendor.multistream.enable", flag);
-            provider->setVirtualCameraAvailability(id, available);
-            return tracking();
-        };
+    struct Row {
+        const char* flag;  // the multistream property; "" leaves it missing
+        const char* id;
+        bool available;
+        int asks;           // the tracking mode asked for, -1 for none
+        bool announced;     // the mode changed, so it is announced and written
+        const char* after;  // tracking mode, talker-tracking property, enable property
     };
-    auto changed = [](const std::string& id, const std::string& mode) {
-        return std::vector<std::string>{
-                "D ZorvCameraProvider setTrackingMode " + mode + " \n",
-                "D Tracking changed to " + mode + " ",
-                "L cameraDeviceTrackingChange " + id + " " + mode,
-                "I setTrackingModeProperty: setting talker tracking to " + mode};
-    };
-    auto join = [](std::vector<std::vector<std::string>> parts) {
-        std::vector<std::string> all;
-        for (const auto& p : parts) all.insert(all.end(), p.begin(), p.end());
-        return all;
-    };
-    run({
+    const Row rows[] = {
             // Flag missing, then 0: the tracking mode is never touched, every call notifies
-            {set("", "A", true),
-             {on + "A setting virtual camera availability to 1", enable + "1",
-              "L onVirtualCameraAvailablityChange A 1", "= 0 0 1"}},
-            {set("", "A", true),
-             {on + "A setting virtual camera availability to 1", enable + "1",
-              "L onVirtualCameraAvailablityChange A 1", "= 0 0 1"}},
-            {set("0", "B", false),
-             {on + "B setting virtual camera availability to 0", enable + "0",
-              "L onVirtualCameraAvailablityChange B 0", "= 0 0 0"}},
+            {"", "A", true, -1, false, "0 0 1"},
+            {"", "A", true, -1, false, "0 0 1"},
+            {"0", "B", false, -1, false, "0 0 0"},
             // Flag on: available asks for mode 5 every time, before the property and the
-            // notification; announced only when it changes
-            {set("1", "A", true),
-             join({{on + "A setting virtual camera availability to 1", multistream},
-                   changed("A", "5"),
-                   {enable + "1", "L onVirtualCameraAvailablityChange A 1", "= 5 5 1"}})},
-            {set("1", "A", true),
-             {on + "A setting virtual camera availability to 1", multistream,
-              "D ZorvCameraProvider setTrackingMode 5 \n", enable + "1",
-              "L onVirtualCameraAvailablityChange A 1", "= 5 5 1"}},
-            // Unavailable asks for mode 1 only when the enable property was 1 before the call
-            {set("1", "A", false),
-             join({{on + "A setting virtual camera availability to 0", multistream},
-                   changed("A", "1"),
-                   {enable + "0", "L onVirtualCameraAvailablityChange A 0", "= 1 1 0"}})},
-            {set("1", "A", false),
-             {on + "A setting virtual camera availability to 0", multistream, enable + "0",
-              "L onVirtualCameraAvailablityChange A 0", "= 1 1 0"}},
-            // The enable property is device-wide: B's call sees A's value
-            {set("1", "A", true),
-             join({{on + "A setting virtual camera availability to 1", multistream},
-                   changed("A", "5"),
-                   {enable + "1", "L onVirtualCameraAvailablityChange A 1", "= 5 5 1"}})},
-            {set("1", "B", false),
-             join({{on + "B setting virtual camera availability to 0", multistream},
-                   changed("B", "1"),
-                   {enable + "0", "L onVirtualCameraAvailablityChange B 0", "= 1 1 0"}})},
-            // while each camera keeps its own switch
-            {[&] {
-                 const std::string a = available("A");
-                 return a + available("B");
-             },
-             {"D getVirtualCameraAvailability: camera: A",
-              "I getVirtualCameraAvailability: Found availability: A enable: 1",
-              "D getVirtualCameraAvailability: camera: B",
-              "I getVirtualCameraAvailability: Found availability: B enable: 0", "= 10"}},
-    });
+            // notification
+            {"1", "A", true, 5, true, "5 5 1"},
+            {"1", "A", true, 5, false, "5 5 1"},
+            // unavailable asks for mode 1 only when the enable property was 1 before the call
+            {"1", "A", false, 1, true, "1 1 0"},
+            {"1", "A", false, -1, false, "1 1 0"},
+            // the enable property is device-wide: B's call sees A's value
+            {"1", "A", true, 5, true, "5 5 1"},
+            {"1", "B", false, 1, true, "1 1 0"},
+    };
+    std::vector<Step> steps;
+    for (const Row& r : rows) {
+        const std::string id = r.id, on = std::to_string(r.available),
+                          mode = std::to_string(r.asks);
+        std::vector<std::string> t = {"I setVirtualCameraAvailability: camera: " + id +
+                                      " setting virtual camera availability to " + on};
+        if (r.flag == std::string("1")) {
+            t.push_back("I setVirtualCameraAvailability: multistream feature flag enabled!!!");
+        }
+        if (r.asks >= 0) t.push_back("D ZorvCameraProvider setTrackingMode " + mode + " \n");
+        if (r.announced) {
+            t.insert(t.end(), {"D Tracking changed to " + mode + " ",
+                               "L cameraDeviceTrackingChange " + id + " " + mode,
+                               "I setTrackingModeProperty: setting talker tracking to " + mode});
+        }
+        t.insert(t.end(), {"I setVirtualCameraEnabledProperty: setting property "
+                           "vendor.tessaview.vc.enable to " +
+                                   on,
+                           "L onVirtualCameraAvailablityChange " + id + " " + on,
+                           std::string("= ") + r.after});
+        steps.push_back({[this, r] {
+                             if (*r.flag != '\0')
+                                 setProp("persist.vendor.multistream.enable", r.flag);
+                             provider->setVirtualCameraAvailability(r.id, r.available);
+                             return std::to_string(static_cast<int>(
+                                            TrackingMode(provider->getTrackingMode("0")))) +
+                                    " " + prop("vendor.talkertracking.flag") + " " +
+                                    prop("vendor.tessaview.vc.enable");
+                         },
+                         t});
+    }
+    // while each camera keeps its own switch
+    steps.push_back({[&] {
+                         const std::string a = available("A");
+                         return a + available("B");
+                     },
+                     {"D getVirtualCameraAvailability: camera: A",
+                      "I getVirtualCameraAvailability: Found availability: A enable: 1",
+                      "D getVirtualCameraAvailability: camera: B",
+                      "I getVirtualCameraAvailability: Found availability: B enable: 0", "= 10"}});
+    run(steps);
 }
 
 TEST_F(VirtualCameraTest, InfoRecordsAreCopiedDeepReplacedWholeAndNotifiedAsSent) {
