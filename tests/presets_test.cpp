@@ -12,118 +12,132 @@
 using namespace testing_support;
 using ::android::sp;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::CameraMoveDirection;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::Crop;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackingMode;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 namespace {
 
-class PresetsTest : public ::testing::Test {
-  protected:
-    void SetUp() override { LogCapture::clear(); }
+const char* const kSuffixes[] = {".l", ".t", ".r", ".b"};
 
-    // The four property texts of a preset: l, t, r, b.
-    std::vector<std::string> stored(const std::string& n) {
-        const std::string p = "persist.camera.preset." + n;
-        return {prop(p + ".l"), prop(p + ".t"), prop(p + ".r"), prop(p + ".b")};
-    }
-    void store(const std::string& n, const std::vector<std::string>& ltrb) {
-        const char* suffixes[] = {".l", ".t", ".r", ".b"};
-        for (size_t i = 0; i < ltrb.size(); ++i) {
-            setProp("persist.camera.preset." + n + suffixes[i], ltrb[i]);
-        }
-    }
-    SceneControl ptz() {
-        std::lock_guard lock(FDSession::mLock);
-        return FDSession::getInstance()->mPTZControl;
-    }
+// The four property texts of a preset, l, t, r, b, joined by blanks ("" when missing).
+std::string stored(int32_t n) {
+    std::string ltrb;
+    for (const char* s : kSuffixes)
+        ltrb += " " + prop("persist.camera.preset." + std::to_string(n) + s);
+    return ltrb.substr(1);
+}
 
-    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
-};
+SceneControl ptz() {
+    std::lock_guard lock(FDSession::mLock);
+    return FDSession::getInstance()->mPTZControl;
+}
+
+// "<n>, position  <l>, <r>, <t>, <b>   \n", as both methods log it.
+std::string position(int32_t n, const Crop& c) {
+    return std::to_string(n) + ", position  " + std::to_string(c.left) + ", " +
+           std::to_string(c.right) + ", " + std::to_string(c.top) + ", " +
+           std::to_string(c.bottom) + "   \n";
+}
 
 }  // namespace
 
-TEST_F(PresetsTest, SaveWritesTheCurrentPtzCropInDecimal) {
-    // Right after a reset
-    provider->savePreset("cam0", 0);
-    EXPECT_EQ(stored("0"), (std::vector<std::string>{"0", "0", "1280", "720"}));
-    EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
-              (std::vector<LogLine>{
-                      providerLine(kDebug, "SavePreset 0 "),
-                      providerLine(kDebug, "SavePreset : 0, position  0, 1280, 0, 720   \n"),
-              }));
+TEST(PresetsTest, SaveWritesTheCurrentPtzCropInDecimalForZeroToNinetyNineOnly) {
+    struct Row {
+        SceneControl ptz;
+        int32_t preset;
+        const char* ltrb;  // "   ": nothing written
+        Crop logged;
+    };
+    const Row rows[] = {
+            {{{Crop{0, 0, 1280, 720}}, 1280, 720, 0, 0, 0}, 0, "0 0 1280 720", {0, 0, 1280, 720}},
+            {{{Crop{100, 56, 1180, 664}}, 1280, 720, 0, 0, 0},
+             99,
+             "100 56 1180 664",
+             {100, 56, 1180, 664}},
+            {{{Crop{-1, 2, 3, 4}}, 1280, 720, 0, 0, 0}, 7, "-1 2 3 4", {-1, 2, 3, 4}},
+            // A PTZ record without crops is saved as its whole frame
+            {{{}, 640, 360, 0, 0, 0}, 5, "0 0 640 360", {0, 0, 640, 360}},
+            {{{Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0}, 100, "   ", {}},
+            {{{Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0}, -1, "   ", {}},
+    };
+    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.preset);
+        FDSession::getInstance()->setPTZControl(row.ptz);
+        LogCapture::clear();
 
-    // After a move, into the last number accepted
-    provider->moveCamera("cam0", CameraMoveDirection::ZOOM_IN, 100);
-    provider->savePreset("cam1", 99);
-    EXPECT_EQ(stored("99"), (std::vector<std::string>{"100", "56", "1180", "664"}));
+        provider->savePreset("cam0", row.preset);
 
-    // A PTZ record without crops is saved as its whole frame
-    FDSession::getInstance()->setPTZControl({{}, 640, 360, 0, 0, 0});
-    provider->savePreset("cam0", 5);
-    EXPECT_EQ(stored("5"), (std::vector<std::string>{"0", "0", "640", "360"}));
+        EXPECT_EQ(stored(row.preset), row.ltrb);
+        std::vector<LogLine> logs = {
+                providerLine(kDebug, "SavePreset " + std::to_string(row.preset) + " ")};
+        if (row.ltrb[0] != ' ')
+            logs.push_back(
+                    providerLine(kDebug, "SavePreset : " + position(row.preset, row.logged)));
+        EXPECT_EQ(LogCapture::linesWithTag(kProviderTag), logs);
+    }
 }
 
-TEST_F(PresetsTest, SaveOutsideZeroToNinetyNineWritesNothing) {
-    provider->savePreset("cam0", 100);
-    provider->savePreset("cam0", -1);
+TEST(PresetsTest, GotoAppliesValidRectanglesAsStoredAndRefusesTheRest) {
+    struct Row {
+        const char* what;
+        std::vector<std::string> ltrb;  // the properties written; fewer than four: partly
+        Crop read;                      // as read, a missing or unreadable edge as -1
+        bool applied;
+    };
+    const Row rows[] = {
+            {"never saved", {}, {-1, -1, -1, -1}, false},
+            {"zero width", {"0", "0", "0", "720"}, {0, 0, 0, 720}, false},
+            {"zero height", {"10", "20", "30", "20"}, {10, 20, 30, 20}, false},
+            {"inverted", {"500", "0", "400", "720"}, {500, 0, 400, 720}, false},
+            {"negative left", {"-5", "0", "400", "720"}, {-5, 0, 400, 720}, false},
+            {"negative top", {"0", "-5", "400", "720"}, {0, -5, 400, 720}, false},
+            {"partly written", {"0", "0", "400"}, {0, 0, 400, -1}, false},
+            {"not a number", {"0", "x", "400", "720"}, {0, -1, 400, 720}, false},
+            {"beyond 32 bits", {"0", "0", "4294967296", "720"}, {0, 0, -1, 720}, false},
+            {"saved", {"100", "56", "1180", "664"}, {100, 56, 1180, 664}, true},
+            {"hex and trailing text", {"0x10", "12abc", "17", "13"}, {16, 12, 17, 13}, true},
+            {"beyond the frame, not clamped",
+             {"1000", "600", "2000", "900"},
+             {1000, 600, 2000, 900},
+             true},
+    };
+    // Tracking on changes nothing for presets
+    {
+        std::lock_guard lock(FDSession::mLock);
+        FDSession::getInstance()->mTrackingMode = 2;
+    }
+    int32_t preset = 10;
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        // Given the properties of a fresh preset number, a provider, an engine and a listener
+        ++preset;
+        for (size_t i = 0; i < row.ltrb.size(); ++i) {
+            setProp("persist.camera.preset." + std::to_string(preset) + kSuffixes[i], row.ltrb[i]);
+        }
+        const SceneControl before{{Crop{7, 7, 9, 9}}, 1280, 720, 0, 0, 0};
+        FDSession::getInstance()->setPTZControl(before);
+        sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+        sp<RecordingListener> listener = new RecordingListener();
+        provider->setListener(listener);
+        RecordingEngine engine;
+        LogCapture::clear();
 
-    EXPECT_EQ(stored("100"), (std::vector<std::string>{"", "", "", ""}));
-    EXPECT_EQ(stored("-1"), (std::vector<std::string>{"", "", "", ""}));
-    EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
-              (std::vector<LogLine>{providerLine(kDebug, "SavePreset 100 "),
-                                    providerLine(kDebug, "SavePreset -1 ")}));
-}
-
-TEST_F(PresetsTest, GotoAppliesTheStoredCropAsIsAndAnnouncesIt) {
-    // Given a saved preset, the crop moved away since, tracking on, an engine and a listener
-    provider->moveCamera("cam0", CameraMoveDirection::ZOOM_IN, 100);
-    provider->savePreset("cam0", 7);
-    provider->moveCamera("cam0", CameraMoveDirection::PAN_LEFT, 100);
-    provider->setTrackingMode("cam0", TrackingMode::MODE_2);
-    RecordingEngine engine;
-    sp<RecordingListener> listener = new RecordingListener();
-    provider->setListener(listener);
-    LogCapture::clear();
-
-    // When it is recalled
-    EXPECT_TRUE(provider->gotoPreset("cam0", 7));
-
-    // Then the session, the engine and the listener get it in the 1280 x 720 space
-    const SceneControl expected{{Crop{100, 56, 1180, 664}}, 1280, 720, 0, 0, 0};
-    EXPECT_EQ(ptz(), expected);
-    EXPECT_EQ(engine.operations(), (std::vector<std::string>{"onPTZControl"}));
-    EXPECT_EQ(listener->crops(), (std::vector<SceneControl>{expected}));
-    EXPECT_EQ(listener->jsons().size(), 1u);
-    EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
-              (std::vector<LogLine>{
-                      providerLine(kDebug, "GotoPreset 7 "),
-                      providerLine(kDebug, "GotoPreset : 7, position  100, 1180, 56, 664   \n"),
-              }));
-
-    // A rectangle reaching beyond the frame is neither clamped nor reshaped
-    store("8", {"1000", "600", "2000", "900"});
-    EXPECT_TRUE(provider->gotoPreset("cam0", 8));
-    EXPECT_EQ(ptz(), (SceneControl{{Crop{1000, 600, 2000, 900}}, 1280, 720, 0, 0, 0}));
-}
-
-TEST_F(PresetsTest, GotoRefusesMissingPartialEmptyAndInvertedRectangles) {
-    RecordingEngine engine;
-    store("1", {"0", "0", "0", "720"});      // zero width
-    store("2", {"10", "20", "30", "20"});    // zero height
-    store("3", {"500", "0", "400", "720"});  // inverted
-    store("4", {"-5", "0", "400", "720"});   // negative
-    store("5", {"0", "0", "400"});           // partly written
-    store("6", {"0", "x", "400", "720"});    // not a number
-
-    EXPECT_FALSE(provider->gotoPreset("cam0", 42));
-    for (int n = 1; n <= 6; ++n) EXPECT_FALSE(provider->gotoPreset("cam0", n)) << n;
-
-    EXPECT_TRUE(LogCapture::contains(
-            providerLine(kDebug, "GotoPreset : 42, position  -1, -1, -1, -1   \n")));
-    EXPECT_TRUE(LogCapture::contains(
-            providerLine(kDebug, "GotoPreset : 5, position  0, 400, 0, -1   \n")));
-    EXPECT_TRUE(engine.calls().empty());
-    EXPECT_EQ(ptz(), (SceneControl{{Crop{0, 0, 1280, 720}}, 1280, 720, 0, 0, 0}));
+        // When it is recalled, it is logged as read
+        EXPECT_EQ(provider->gotoPreset("cam0", preset), row.applied);
+        const Crop& c = row.read;
+        EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
+                  (std::vector<LogLine>{
+                          providerLine(kDebug, "GotoPreset " + std::to_string(preset) + " "),
+                          providerLine(kDebug, "GotoPreset : " + position(preset, c)),
+                  }));
+        // and a valid rectangle reaches the session, the engine and the listeners as stored
+        const SceneControl applied{{c}, 1280, 720, 0, 0, 0};
+        EXPECT_EQ(ptz(), row.applied ? applied : before);
+        EXPECT_EQ(engine.operations(), row.applied ? std::vector<std::string>{"onPTZControl"}
+                                                   : std::vector<std::string>{});
+        EXPECT_EQ(listener->crops(),
+                  row.applied ? std::vector<SceneControl>{applied} : std::vector<SceneControl>{});
+        EXPECT_EQ(listener->jsons().size(), row.applied ? 1u : 0u);
+    }
 }

@@ -12,210 +12,144 @@
 
 using namespace testing_support;
 using ::android::sp;
+using ::android::hardware::hidl_string;
 using ::android::hardware::camera::common::V1_0::Status;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::Crop;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackingMode;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProviderTestPeer;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 namespace {
 
-const SceneControl kScene{{Crop{100, 50, 740, 410}}, 1280, 720, 1, 500, 7};
+const SceneControl kScene{{Crop{100, 50, 740, 410}, Crop{1, 2, 3, 4}}, 1280, 720, 1, 500, 7};
 
-class SceneTest : public ::testing::Test {
-  protected:
-    void SetUp() override { LogCapture::clear(); }
+void setMode(int32_t mode) {
+    std::lock_guard lock(FDSession::mLock);
+    FDSession::getInstance()->mTrackingMode = mode;
+}
 
-    void setMode(int32_t mode) {
-        std::lock_guard lock(FDSession::mLock);
-        FDSession::getInstance()->mTrackingMode = mode;
-    }
-    SceneControl currentCrop() {
-        SceneControl out;
-        EXPECT_TRUE(
-                provider->getCurrentCameraCropArea([&](const SceneControl& s) { out = s; }).isOk());
-        return out;
-    }
-    std::string crop(const SceneControl& s) { return "onCameraCropApplied " + describe(s); }
-    std::string json(size_t bytes) {
-        return "onCameraSceneJsonApplied " + std::to_string(bytes) + " bytes";
-    }
+SceneControl currentCrop(ZorvCameraProvider& provider) {
+    SceneControl out;
+    EXPECT_TRUE(provider.getCurrentCameraCropArea([&](const SceneControl& s) { out = s; }).isOk());
+    return out;
+}
 
-    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
-    sp<RecordingListener> first = new RecordingListener("first");
-    sp<RecordingListener> second = new RecordingListener("second");
-};
+std::string sceneText(const SceneControl& scene) {
+    hidl_string text;
+    ZorvCameraProvider::buildSceneJson(scene, text);
+    return text;
+}
+
+// The events of one announcement of `scene` (unmirrored).
+std::vector<std::string> announced(const SceneControl& scene) {
+    return {"onCameraCropApplied " + describe(scene),
+            "onCameraSceneJsonApplied " + std::to_string(sceneText(scene).size()) + " bytes"};
+}
+
+// kScene with another first crop or frame.
+SceneControl like(Crop first, int32_t width = 1280, int32_t height = 720) {
+    return {{first, Crop{1, 2, 3, 4}}, width, height, 1, 500, 7};
+}
 
 }  // namespace
 
-TEST_F(SceneTest, SceneTextIsRelayedVerbatimOnlyWhileTracking) {
-    provider->setListener(first);
-    provider->setListener(second);
+TEST(SceneTest, SetSceneStoresAlwaysAndAnnouncesOnlyNewCropsInModesOneAndTwo) {
+    struct Row {
+        const char* what;
+        int32_t mode;
+        SceneControl previous;  // set before, in the same mode, unless its frame width is 0
+        SceneControl scene;
+        bool announce;
+        bool listenerBefore = true;  // else the listener comes after `previous`
+        Crop flipped{};  // when set: the flip mask is on and listeners hear this first crop
+    };
+    const SceneControl none{};
+    const Crop c = kScene.crops[0];
+    const Row rows[] = {
+            {"mode 0", 0, none, kScene, false},
+            {"mode 3", 3, none, kScene, false},
+            {"mode 4", 4, none, kScene, false},
+            {"mode 1, first", 1, none, kScene, true},
+            {"mode 2, first", 2, none, kScene, true},
+            {"same", 2, kScene, kScene, false},
+            {"other transition, duration, extra, later crop",
+             2,
+             kScene,
+             {{c, Crop{5, 6, 7, 8}}, 1280, 720, 9, 9, 9},
+             false},
+            {"crop count", 1, kScene, {{c}, 1280, 720, 1, 500, 7}, true},
+            {"frame width", 1, kScene, like(c, 1281), true},
+            {"frame height", 1, kScene, like(c, 1280, 721), true},
+            {"left", 1, kScene, like({101, 50, 740, 410}), true},
+            {"top", 1, kScene, like({100, 51, 740, 410}), true},
+            {"right", 1, kScene, like({100, 50, 741, 410}), true},
+            {"bottom", 1, kScene, like({100, 50, 740, 411}), true},
+            {"no crops, twice", 1, {{}, 1280, 720, 0, 0, 0}, {{}, 1280, 720, 0, 0, 0}, true},
+            // Unheard, a scene is not the last announced one
+            {"previous not heard", 1, kScene, kScene, true, false},
+            // The flip mask rotates the heard first crop only; it is read at every announcement
+            {"flip mask", 2, none, kScene, true, true, {540, 310, 1180, 670}},
+            {"flip mask off again", 1, none, kScene, true},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        // Given a provider with a listener, an engine and the mode
+        setMode(row.mode);
+        const bool flip = row.flipped.right != 0;
+        setProp("persist.camera.cpp.flipmask", flip ? "1" : "0");
+        sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+        sp<RecordingListener> listener = new RecordingListener();
+        if (row.listenerBefore) provider->setListener(listener);
+        if (row.previous.frameWidth != 0) provider->setScene(row.previous);
+        const SceneControl last = ZorvCameraProviderTestPeer::lastCrop(*provider);
+        EXPECT_TRUE(row.listenerBefore || last == SceneControl{});
+        if (!row.listenerBefore) provider->setListener(listener);
+        listener->clear();
+        RecordingEngine engine;
 
-    // Tracking off: nobody hears of it
-    EXPECT_EQ(provider->setSceneJson("{\"a\":1}"), Status::OK);
-    EXPECT_TRUE(allListenerEvents().empty());
+        // When the scene is set
+        EXPECT_EQ(provider->setScene(row.scene), Status::OK);
 
-    // Any tracking mode: every listener gets the text as it came, JSON or not
-    setMode(4);
-    EXPECT_EQ(provider->setSceneJson("not json \n\"{"), Status::OK);
-    EXPECT_EQ(allListenerEvents(),
-              (std::vector<std::string>{"first: " + json(12), "second: " + json(12)}));
-    EXPECT_EQ(first->jsons(), (std::vector<std::string>{"not json \n\"{"}));
-}
-
-TEST_F(SceneTest, SceneWithTrackingOffIsStoredAndEngineToldButNothingAnnounced) {
-    RecordingEngine engine;
-    provider->setListener(first);
-
-    EXPECT_EQ(provider->setScene(kScene), Status::OK);
-
-    std::vector<RecordingEngine::Call> calls = engine.calls();
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0].operation, "onSceneControl");
-    EXPECT_EQ(calls[0].scene, kScene);
-    EXPECT_TRUE(calls[0].sessionLockHeld);
-    {
-        std::lock_guard lock(FDSession::mLock);
-        EXPECT_EQ(FDSession::getInstance()->mSceneControl, kScene);
+        // Then the session stores it and tells the engine under its lock, whatever the mode
+        std::vector<RecordingEngine::Call> calls = engine.calls();
+        ASSERT_EQ(calls.size(), 1u);
+        EXPECT_EQ(calls[0].operation, "onSceneControl");
+        EXPECT_EQ(calls[0].scene, row.scene);
+        EXPECT_TRUE(calls[0].sessionLockHeld);
+        {
+            std::lock_guard lock(FDSession::mLock);
+            EXPECT_EQ(FDSession::getInstance()->mSceneControl, row.scene);
+        }
+        // and listeners hear of it, crop before text, only when it is new
+        SceneControl heard = row.scene;
+        if (flip) heard.crops[0] = row.flipped;
+        EXPECT_EQ(listener->events(), row.announce ? announced(heard) : std::vector<std::string>{});
+        EXPECT_EQ(listener->jsons(), row.announce ? std::vector<std::string>{sceneText(heard)}
+                                                  : std::vector<std::string>{});
+        // while the provider keeps, and in modes 1 and 2 answers, the crop as set
+        if (row.mode == 1 || row.mode == 2) {
+            EXPECT_EQ(currentCrop(*provider), row.scene);
+        }
+        EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), row.announce ? row.scene : last);
     }
-    EXPECT_TRUE(first->events().empty());
-    // The PTZ crop stays the one in force
-    EXPECT_EQ(currentCrop(), (SceneControl{{Crop{0, 0, 1280, 720}}, 1280, 720, 0, 0, 0}));
 }
 
-TEST_F(SceneTest, SceneWithoutListenerIsNotAnnouncedAndLaterComparedWithLastAnnounced) {
-    // Given mode 1 and no listener
+TEST(SceneTest, AnnouncementGoesCropsFirstToEveryListenerAndLogsEachFailure) {
+    // Given two listeners, the first failing, and mode 1
     setMode(1);
-    provider->setScene(kScene);
-    EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), SceneControl{});
-
-    // When a listener comes and the same scene is set again
-    provider->setListener(first);
-    provider->setScene(kScene);
-
-    // Then it is announced, since it was never announced before
-    EXPECT_EQ(first->events(), (std::vector<std::string>{crop(kScene), json(290)}));
-    EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), kScene);
-}
-
-TEST_F(SceneTest, OnlyFrameCropCountAndFirstCropMakeACropNew) {
-    provider->setListener(first);
-    provider->setListener(second);
-    setMode(2);
-    SceneControl scene{{Crop{100, 50, 740, 410}, Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0};
-
-    // Given a scene announced once, to both listeners, crop before text
-    provider->setScene(scene);
-    EXPECT_EQ(allListenerEvents(),
-              (std::vector<std::string>{"first: " + crop(scene), "second: " + crop(scene),
-                                        "first: " + json(288), "second: " + json(288)}));
-
-    // When only transition, duration, extra or a later crop change
-    clearAllListenerEvents();
-    SceneControl same = scene;
-    same.transition = 9;
-    same.duration = 9;
-    same.extra = 9;
-    same.crops[1] = Crop{5, 6, 7, 8};
-    provider->setScene(same);
-    // Then nothing is announced and the last crop stays the first one announced
-    EXPECT_TRUE(allListenerEvents().empty());
-    EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), scene);
-
-    // Each of crop count, frame width, frame height and each edge announces again
-    std::vector<SceneControl> changes(7, scene);
-    changes[0].crops = {Crop{100, 50, 740, 410}};
-    changes[1].frameWidth = 1281;
-    changes[2].frameHeight = 721;
-    changes[3].crops[0].left = 101;
-    changes[4].crops[0].top = 51;
-    changes[5].crops[0].right = 741;
-    changes[6].crops[0].bottom = 411;
-    for (const SceneControl& changed : changes) {
-        provider->setScene(scene);
-        first->clear();
-        provider->setScene(changed);
-        EXPECT_EQ(first->crops(), (std::vector<SceneControl>{changed}));
-    }
-
-    // Empty crop lists never count as unchanged; their text is empty
-    first->clear();
-    provider->setScene(SceneControl{{}, 1280, 720, 0, 0, 0});
-    provider->setScene(SceneControl{{}, 1280, 720, 0, 0, 0});
-    EXPECT_EQ(first->events(),
-              (std::vector<std::string>{crop(SceneControl{{}, 1280, 720, 0, 0, 0}), json(0),
-                                        crop(SceneControl{{}, 1280, 720, 0, 0, 0}), json(0)}));
-}
-
-TEST_F(SceneTest, FlipMaskMirrorsTheAnnouncedFirstCropOnly) {
-    // Given the flip mask set, mode 1 and a listener
-    setProp("persist.camera.cpp.flipmask", "1");
-    provider->setListener(first);
-    setMode(1);
-    SceneControl scene{{Crop{100, 50, 740, 410}, Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0};
-
-    // When the scene is set
-    provider->setScene(scene);
-
-    // Then listeners see it rotated, with the text of the rotated crop
-    SceneControl mirrored{{Crop{540, 310, 1180, 670}, Crop{1, 2, 3, 4}}, 1280, 720, 0, 0, 0};
-    EXPECT_EQ(first->crops(), (std::vector<SceneControl>{mirrored}));
-    ASSERT_EQ(first->jsons().size(), 1u);
-    EXPECT_NE(first->jsons()[0].find("\"source\": { \"xoffset\":\"2295\", \"yoffset\":\"1317\", "
-                                     "\"width\":\"2720\", \"height\":\"1530\" },\n"),
-              std::string::npos);
-    // While the provider and the reply keep the crop as set
-    EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), scene);
-    EXPECT_EQ(currentCrop(), scene);
-
-    // The mask is read at every announcement
-    first->clear();
-    setProp("persist.camera.cpp.flipmask", "0");
-    SceneControl next{{Crop{0, 0, 640, 360}}, 1280, 720, 0, 0, 0};
-    provider->setScene(next);
-    EXPECT_EQ(first->crops(), (std::vector<SceneControl>{next}));
-}
-
-TEST_F(SceneTest, CropInForceFollowsTheModeAndDefaultsTheFrame) {
-    // Mode 1 before any scene: no crops, frame 1280 x 720
-    setMode(1);
-    EXPECT_EQ(currentCrop(), (SceneControl{{}, 1280, 720, 0, 0, 0}));
-
-    // A stored frame below 1 on either axis is reported as 1280 x 720
-    provider->setScene({{Crop{1, 2, 3, 4}}, 640, 0, 5, 6, 7});
-    EXPECT_EQ(currentCrop(), (SceneControl{{Crop{1, 2, 3, 4}}, 1280, 720, 5, 6, 7}));
-
-    // Mode 3 held by the session: the track rectangle in a plain 1280 x 720 reply
-    TrackControl track{};
-    track.left = 10;
-    track.top = 20;
-    track.right = 330;
-    track.bottom = 200;
-    track.action = 3;
-    provider->setTracking(track);
-    setMode(3);
-    EXPECT_EQ(currentCrop(), (SceneControl{{Crop{10, 20, 330, 200}}, 1280, 720, 0, 0, 0}));
-
-    // Any other mode: an empty reply
-    setMode(4);
-    EXPECT_EQ(currentCrop(), (SceneControl{{}, 1280, 720, 0, 0, 0}));
-    setMode(-1);
-    EXPECT_EQ(currentCrop(), (SceneControl{{}, 1280, 720, 0, 0, 0}));
-}
-
-TEST_F(SceneTest, FailingListenerIsLoggedPerCallbackAndOthersStillHear) {
+    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+    sp<RecordingListener> first = new RecordingListener("first");
+    sp<RecordingListener> second = new RecordingListener("second");
     provider->setListener(first);
     provider->setListener(second);
     first->failWith(::android::FAILED_TRANSACTION);
-    setMode(1);
     LogCapture::clear();
 
     provider->setScene(kScene);
 
-    EXPECT_EQ(second->events(), (std::vector<std::string>{crop(kScene), json(290)}));
+    const std::vector<std::string> events = announced(kScene);
+    EXPECT_EQ(allListenerEvents(),
+              (std::vector<std::string>{"first: " + events[0], "second: " + events[0],
+                                        "first: " + events[1], "second: " + events[1]}));
     const std::string status = "Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: '";
     EXPECT_EQ(
             LogCapture::linesWithTag(kProviderTag),
@@ -223,4 +157,52 @@ TEST_F(SceneTest, FailingListenerIsLoggedPerCallbackAndOthersStillHear) {
                     providerLine(kError, "Error from onCameraCropApplied callback: " + status),
                     providerLine(kError, "Error from onCameraSceneJsonApplied callback: " + status),
             }));
+}
+
+TEST(SceneTest, SceneTextIsRelayedVerbatimInEveryModeButZero) {
+    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+    sp<RecordingListener> listener = new RecordingListener();
+    provider->setListener(listener);
+    const std::string text = "not json \n\"{";
+    for (int32_t mode : {0, 1, 2, 3, 4, 5, -1}) {
+        SCOPED_TRACE(mode);
+        setMode(mode);
+        listener->clear();
+        EXPECT_EQ(provider->setSceneJson(text), Status::OK);
+        EXPECT_EQ(listener->jsons(),
+                  mode == 0 ? std::vector<std::string>{} : std::vector<std::string>{text});
+        EXPECT_EQ(listener->events().size(), mode == 0 ? 0u : 1u);
+    }
+}
+
+TEST(SceneTest, CropInForceFollowsTheModeAndDefaultsTheFrame) {
+    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+    // Before any scene, mode 1 answers no crops in a 1280 x 720 frame
+    setMode(1);
+    EXPECT_EQ(currentCrop(*provider), (SceneControl{{}, 1280, 720, 0, 0, 0}));
+
+    // Given a PTZ crop, a scene with a frame below 1 on one axis, and a track control
+    FDSession::getInstance()->setPTZControl({{Crop{10, 20, 30, 40}}, 1280, 720, 1, 2, 3});
+    provider->setScene({{Crop{1, 2, 3, 4}}, 640, 0, 5, 6, 7});
+    TrackControl track{};
+    track.left = 10;
+    track.top = 20;
+    track.right = 330;
+    track.bottom = 200;
+    track.action = 3;
+    provider->setTracking(track);
+
+    const std::pair<int32_t, SceneControl> rows[] = {
+            {0, {{Crop{10, 20, 30, 40}}, 1280, 720, 1, 2, 3}},
+            {1, {{Crop{1, 2, 3, 4}}, 1280, 720, 5, 6, 7}},
+            {2, {{Crop{1, 2, 3, 4}}, 1280, 720, 5, 6, 7}},
+            {3, {{Crop{10, 20, 330, 200}}, 1280, 720, 0, 0, 0}},
+            {4, {{}, 1280, 720, 0, 0, 0}},
+            {-1, {{}, 1280, 720, 0, 0, 0}},
+    };
+    for (const auto& [mode, reply] : rows) {
+        SCOPED_TRACE(mode);
+        setMode(mode);
+        EXPECT_EQ(currentCrop(*provider), reply);
+    }
 }

@@ -1,7 +1,9 @@
 // Virtual cameras: capability, name list, maximum, availability switch with its tracking rule,
-// and the info records.
+// the info records, and the provider lock around each method.
 #include <stdint.h>
 
+#include <chrono>
+#include <functional>
 #include <future>
 #include <string>
 #include <vector>
@@ -19,63 +21,13 @@ using namespace testing_support;
 using ::android::sp;
 using ::android::hardware::hidl_string;
 using ::android::hardware::hidl_vec;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::CameraInfoEntry;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackingMode;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::VirtualCameraCapability;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::setMaxVirtualCamProperty;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::
-        setVirtualCameraEnabledProperty;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProviderTestPeer;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 namespace {
 
 constexpr const char* kListenerTag = "listener";
-constexpr const char* kMultistream = "persist.vendor.multistream.enable";
-constexpr const char* kEnable = "vendor.tessaview.vc.enable";
-constexpr const char* kTalkerTracking = "vendor.talkertracking.flag";
-constexpr const char* kMax = "persist.tessaview.vc.max";
-
-// A listener event placed in the log, so one timeline shows log lines and callbacks in order.
-LogLine event(const std::string& text) {
-    return {kListenerTag, kInfo, text};
-}
-
-LogLine info(const std::string& text) {
-    return providerLine(kInfo, text);
-}
-
-LogLine debug(const std::string& text) {
-    return providerLine(kDebug, text);
-}
-
-LogLine switchLine(const std::string& id, int available) {
-    return info("setVirtualCameraAvailability: camera: " + id +
-                " setting virtual camera availability to " + std::to_string(available));
-}
-
-LogLine enableLine(int available) {
-    return info("setVirtualCameraEnabledProperty: setting property vendor.tessaview.vc.enable to " +
-                std::to_string(available));
-}
-
-const LogLine kMultistreamLine =
-        info("setVirtualCameraAvailability: multistream feature flag "
-             "enabled!!!");
-
-// The lines of a setTrackingMode call from a session in another mode, in order.
-std::vector<LogLine> trackingChange(const std::string& id, int mode) {
-    return {debug("ZorvCameraProvider setTrackingMode " + std::to_string(mode) + " \n"),
-            debug("Tracking changed to " + std::to_string(mode) + " "),
-            event("cameraDeviceTrackingChange " + id + " " + std::to_string(mode)),
-            info("setTrackingModeProperty: setting talker tracking to " + std::to_string(mode))};
-}
-
-std::vector<LogLine> join(std::initializer_list<std::vector<LogLine>> parts) {
-    std::vector<LogLine> all;
-    for (const auto& p : parts) all.insert(all.end(), p.begin(), p.end());
-    return all;
-}
+using Cap = VirtualCameraCapability;
 
 CameraInfo record(const std::string& tag, uint8_t seed) {
     CameraInfo info;
@@ -89,6 +41,13 @@ CameraInfo record(const std::string& tag, uint8_t seed) {
     return info;
 }
 
+// One call and what it leaves: the provider's log lines ("D ", "I " or "E " and the text) and
+// the listener's callbacks ("L " and the event), in order, then "= " and the answer.
+struct Step {
+    std::function<std::string()> call;
+    std::vector<std::string> timeline;
+};
+
 class VirtualCameraTest : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -99,390 +58,307 @@ class VirtualCameraTest : public ::testing::Test {
         LogCapture::clear();
     }
 
-    // The names of getVirtualCameraList; `calls` counts the result callbacks.
-    std::vector<std::string> list(const hidl_string& id, int* calls = nullptr) {
-        std::vector<std::string> names;
-        int n = 0;
-        EXPECT_TRUE(provider->getVirtualCameraList(id,
-                                                   [&](const hidl_vec<hidl_string>& v) {
-                                                       ++n;
-                                                       for (const hidl_string& s : v)
-                                                           names.push_back(s);
-                                                   })
-                            .isOk());
-        if (calls != nullptr) *calls = n;
-        return names;
-    }
-    // The records of getVirtualCameraInfo; `calls` counts the result callbacks.
-    std::vector<CameraInfo> infos(int* calls = nullptr) {
-        std::vector<CameraInfo> out;
-        int n = 0;
-        EXPECT_TRUE(provider->getVirtualCameraInfo([&](const hidl_vec<CameraInfo>& v) {
-                                ++n;
-                                out = v;
-                            })
-                            .isOk());
-        if (calls != nullptr) *calls = n;
-        return out;
-    }
-    VirtualCameraCapability capability(const hidl_string& id) {
-        return provider->getVirtualCameraCapability(id);
-    }
-    uint32_t max(const hidl_string& id) { return provider->getMaxVirtualCameras(id); }
-    bool available(const hidl_string& id) { return provider->getVirtualCameraAvailability(id); }
-    int32_t trackingMode() {
-        return static_cast<int32_t>(static_cast<TrackingMode>(provider->getTrackingMode("0")));
-    }
-    // Whether another thread is kept out of the provider right now.
-    bool providerLocked() {
-        return !std::async(std::launch::async, [&] {
-                    auto& lock = ZorvCameraProviderTestPeer::lock(*provider);
-                    if (!lock.try_lock()) return false;
-                    lock.unlock();
-                    return true;
-                }).get();
+    void run(const std::vector<Step>& steps) {
+        for (size_t i = 0; i < steps.size(); ++i) {
+            SCOPED_TRACE("step " + std::to_string(i));
+            LogCapture::clear();
+            const std::string answer = steps[i].call();
+            std::vector<std::string> timeline;
+            for (const LogLine& l : LogCapture::lines()) {
+                const char* p = l.tag == kListenerTag  ? "L "
+                                : l.priority == kDebug ? "D "
+                                : l.priority == kInfo  ? "I "
+                                                       : "E ";
+                timeline.push_back(p + l.text);
+            }
+            timeline.push_back("= " + answer);
+            EXPECT_EQ(timeline, steps[i].timeline);
+        }
     }
 
+    // getVirtualCameraList's answer, one "[...]" per result callback.
+    std::string names(const hidl_string& id) {
+        std::string out;
+        provider->getVirtualCameraList(id, [&](const hidl_vec<hidl_string>& v) {
+            out += "[";
+            for (size_t i = 0; i < v.size(); ++i) out += (i ? ", " : "") + std::string(v[i]);
+            out += "]";
+        });
+        return out;
+    }
+    std::string capability(const hidl_string& id) {
+        return std::to_string(static_cast<int>(Cap(provider->getVirtualCameraCapability(id))));
+    }
+    std::string max(const hidl_string& id) {
+        return std::to_string(uint32_t(provider->getMaxVirtualCameras(id)));
+    }
+    std::string available(const hidl_string& id) {
+        return std::to_string(bool(provider->getVirtualCameraAvailability(id)));
+    }
+    std::string infoCount() {
+        std::string out;
+        provider->getVirtualCameraInfo([&](const hidl_vec<CameraInfo>& v) {
+            out += "[" + std::to_string(v.size()) + "]";
+        });
+        return out;
+    }
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     sp<RecordingListener> listener = new RecordingListener();
 };
 
 }  // namespace
 
-TEST_F(VirtualCameraTest, GettersBeforeAnySetAnswerNotFoundAndCreateNoEntry) {
-    for (int round = 0; round < 2; ++round) {
-        LogCapture::clear();
-
-        // When each getter is asked about a camera never set (twice: a getter creates nothing)
-        int listCalls = 0, infoCalls = 0;
-        std::vector<std::string> names = list("0", &listCalls);
-        VirtualCameraCapability cap = capability("0");
-        uint32_t maximum = max("0");
-        std::vector<CameraInfo> records = infos(&infoCalls);
-        bool on = available("0");
-
-        // Then every answer and every log line is the not-found one
-        EXPECT_EQ(listCalls, 1);
-        EXPECT_TRUE(names.empty());
-        EXPECT_EQ(cap, VirtualCameraCapability::NOT_SUPPORTED);
-        EXPECT_EQ(maximum, 0u);
-        EXPECT_EQ(infoCalls, 1);
-        EXPECT_TRUE(records.empty());
-        EXPECT_FALSE(on);
-        EXPECT_EQ(LogCapture::lines(),
-                  (std::vector<LogLine>{
-                          debug("getVirtualCameraList: camera: 0"),
-                          info("getVirtualCameraList: did not find virtual cameras for camera: 0 "
-                               "returning INTERNAL_ERROR"),
-                          debug("getVirtualCameraCapability: camera: 0"),
-                          info("getVirtualCameraCapability: did not find virtual camera: 0 "
-                               "returning not supported"),
-                          info("getMaxVirtualCameras: camera: 0"),
-                          info("getMaxVirtualCameras: did not find max virtual camers for camera: "
-                               "0 returning 0"),
-                          info("getVirtualCameraInfo: "),
-                          debug("getVirtualCameraAvailability: camera: 0"),
-                          info("getVirtualCameraAvailability: did not find availability for "
-                               "camera: 0 returning false"),
-                  }));
-    }
-    EXPECT_TRUE(listener->events().empty());
-}
-
-TEST_F(VirtualCameraTest, SetListLogsEachStepThenNotifiesUnderTheLock) {
-    // Given a listener that checks, during its call, whether another thread could get in
-    bool lockedOut = false;
-    listener->onEvent([&](const std::string& e) {
-        __android_log_print(ANDROID_LOG_INFO, kListenerTag, "%s", e.c_str());
-        lockedOut = providerLocked();
-    });
-
-    // When a list of two names is set
-    provider->setVirtualCameraList("device/0", {"front", "back"});
-
-    // Then the enumeration comes first, the listener last, with the provider lock held
-    EXPECT_EQ(LogCapture::lines(),
-              (std::vector<LogLine>{
-                      info("setVirtualCameraList: camera: device/0 adding 2 virtual cameras "),
-                      info("setVirtualCameraList:    virtual camera: front"),
-                      info("setVirtualCameraList:    virtual camera: back"),
-                      info("setVirtualCameraList: camera: device/0 done with enumeration "),
-                      info("setVirtualCameraList: camera: device/0 clearing the map "),
-                      info("setVirtualCameraList: camera: device/0 transformed the virtual "
-                           "camera names size: 2"),
-                      info("setVirtualCameraList: camera: device/0 now has 2 virtual cameras"),
-                      info("setVirtualCameraList: Calling the listeners"),
-                      event("onVirtualCameraListChange device/0 2"),
-              }));
-    EXPECT_TRUE(lockedOut);
-    EXPECT_EQ(list("device/0"), (std::vector<std::string>{"front", "back"}));
-}
-
-TEST_F(VirtualCameraTest, ListIsReplacedWholeAndEmptyListIsStored) {
-    // Given a camera with three names, a duplicate and an empty one among them
-    provider->setVirtualCameraList("0", {"a", "a", ""});
-    EXPECT_EQ(list("0"), (std::vector<std::string>{"a", "a", ""}));
-
-    // When a shorter list and then an empty one are set
-    provider->setVirtualCameraList("0", {"d"});
-    std::vector<std::string> afterShorter = list("0");
-    provider->setVirtualCameraList("0", {});
-    LogCapture::clear();
-    int calls = 0;
-    std::vector<std::string> afterEmpty = list("0", &calls);
-
-    // Then nothing of an earlier list stays, and the empty list is a found entry
-    EXPECT_EQ(afterShorter, (std::vector<std::string>{"d"}));
-    EXPECT_TRUE(afterEmpty.empty());
-    EXPECT_EQ(calls, 1);
-    EXPECT_EQ(LogCapture::lines(),
-              (std::vector<LogLine>{
-                      debug("getVirtualCameraList: camera: 0"),
-                      info("getVirtualCameraList: found virtual cameras for camera: 0 0"),
-              }));
-}
-
-TEST_F(VirtualCameraTest, NameWithNulIsStoredCutButNotifiedAsReceived) {
+TEST_F(VirtualCameraTest, TablesAnswerLogAndNotify) {
     const hidl_string withNul("ab\0cd", 5);
-
-    provider->setVirtualCameraList("0", {withNul, "e"});
-
-    ASSERT_EQ(listener->lists().size(), 1u);
-    ASSERT_EQ(listener->lists()[0].size(), 2u);
-    EXPECT_EQ(std::string(listener->lists()[0][0]), std::string("ab\0cd", 5));
-    EXPECT_EQ(list("0"), (std::vector<std::string>{"ab", "e"}));
-    EXPECT_TRUE(LogCapture::contains(info("setVirtualCameraList:    virtual camera: ab")));
+    const std::vector<Step> notFound = {
+            {[&] { return names("0"); },
+             {"D getVirtualCameraList: camera: 0",
+              "I getVirtualCameraList: did not find virtual cameras for camera: 0 returning "
+              "INTERNAL_ERROR",
+              "= []"}},
+            {[&] { return capability("0"); },
+             {"D getVirtualCameraCapability: camera: 0",
+              "I getVirtualCameraCapability: did not find virtual camera: 0 returning not "
+              "supported",
+              "= 0"}},
+            {[&] { return max("0"); },
+             {"I getMaxVirtualCameras: camera: 0",
+              "I getMaxVirtualCameras: did not find max virtual camers for camera: 0 returning 0",
+              "= 0"}},
+            {[&] { return infoCount(); }, {"I getVirtualCameraInfo: ", "= [0]"}},
+            {[&] { return available("0"); },
+             {"D getVirtualCameraAvailability: camera: 0",
+              "I getVirtualCameraAvailability: did not find availability for camera: 0 returning "
+              "false",
+              "= 0"}},
+    };
+    // Before any set, and again: a getter creates no entry
+    run(notFound);
+    run(notFound);
+    run({
+            {[&] {
+                 provider->setVirtualCameraList("device/0", {"front", "back"});
+                 return names("device/0");
+             },
+             {"I setVirtualCameraList: camera: device/0 adding 2 virtual cameras ",
+              "I setVirtualCameraList:    virtual camera: front",
+              "I setVirtualCameraList:    virtual camera: back",
+              "I setVirtualCameraList: camera: device/0 done with enumeration ",
+              "I setVirtualCameraList: camera: device/0 clearing the map ",
+              "I setVirtualCameraList: camera: device/0 transformed the virtual camera names "
+              "size: 2",
+              "I setVirtualCameraList: camera: device/0 now has 2 virtual cameras",
+              "I setVirtualCameraList: Calling the listeners",
+              "L onVirtualCameraListChange device/0 2", "D getVirtualCameraList: camera: device/0",
+              "I getVirtualCameraList: found virtual cameras for camera: device/0 2",
+              "= [front, back]"}},
+            // Duplicate and empty names are kept; a name is stored up to its NUL, notified whole
+            {[&] {
+                 provider->setVirtualCameraList("0", {"a", "a", "", withNul});
+                 LogCapture::clear();
+                 return names("0") + " " + std::to_string(listener->lists().back()[3].size());
+             },
+             {"D getVirtualCameraList: camera: 0",
+              "I getVirtualCameraList: found virtual cameras for camera: 0 4", "= [a, a, , ab] 5"}},
+            // A list is replaced whole; an empty list is a found entry
+            {[&] {
+                 provider->setVirtualCameraList("0", {"d"});
+                 provider->setVirtualCameraList("0", {});
+                 LogCapture::clear();
+                 return names("0");
+             },
+             {"D getVirtualCameraList: camera: 0",
+              "I getVirtualCameraList: found virtual cameras for camera: 0 0", "= []"}},
+            // The largest maximum is kept and written unsigned, but logged through %d
+            {[&] {
+                 provider->setMaxVirtualCameras("0", 4294967295u);
+                 return prop("persist.tessaview.vc.max") + " " + max("0");
+             },
+             {"I setMaxVirtualCameras: camera: 0 setting max virtual cameras to 4294967295",
+              "L onMaxVirtualCamerasChange 0 4294967295", "I getMaxVirtualCameras: camera: 0",
+              "I getMaxVirtualCameras: Found max virtual camers for camera: 0 max: -1",
+              "= 4294967295 4294967295"}},
+            {[&] {
+                 provider->setMaxVirtualCameras("0", 0);
+                 return prop("persist.tessaview.vc.max") + " " + max("0");
+             },
+             {"I setMaxVirtualCameras: camera: 0 setting max virtual cameras to 0",
+              "L onMaxVirtualCamerasChange 0 0", "I getMaxVirtualCameras: camera: 0",
+              "I getMaxVirtualCameras: Found max virtual camers for camera: 0 max: 0", "= 0 0"}},
+            // A capability the enumeration does not name is kept; setting the same notifies again
+            {[&] {
+                 provider->setVirtualCameraCapability("0", Cap(42));
+                 provider->setVirtualCameraCapability("0", Cap(42));
+                 return capability("0");
+             },
+             {"I setVirtualCameraCapability: camera: 0 capability: 42",
+              "L onVirtualCameraCapabilityChange 0 42",
+              "I setVirtualCameraCapability: camera: 0 capability: 42",
+              "L onVirtualCameraCapabilityChange 0 42", "D getVirtualCameraCapability: camera: 0",
+              "I getVirtualCameraCapability: found virtual camera: 0 capability: 42", "= 42"}},
+            // Ids are whole and case-sensitive keys, one table each; the maximum property is
+            // device-wide; an id with a NUL prints up to it
+            {[&] {
+                 provider->setVirtualCameraCapability("cam", Cap::SUPPORTED);
+                 provider->setVirtualCameraList("Cam", {"x"});
+                 provider->setMaxVirtualCameras("device/cam", 3);
+                 provider->setMaxVirtualCameras(hidl_string("cam\0b", 5), 7);
+                 const std::string answer = capability("cam") + capability("Cam") +
+                                            capability("device/cam") + names("Cam") + names("cam") +
+                                            max("device/cam") + max("cam") + max("Cam") +
+                                            prop("persist.tessaview.vc.max");
+                 LogCapture::clear();
+                 return answer + " " + max(hidl_string("cam\0b", 5));
+             },
+             {"I getMaxVirtualCameras: camera: cam",
+              "I getMaxVirtualCameras: Found max virtual camers for camera: cam max: 7",
+              "= 100[x][]3007 7"}},
+    });
 }
 
-TEST_F(VirtualCameraTest, CamerasAndTablesAreIndependentButMaxPropertyIsDeviceWide) {
-    // Given facts set for differently spelled ids, each in one table only
-    provider->setVirtualCameraCapability("cam", VirtualCameraCapability::SUPPORTED);
-    provider->setVirtualCameraList("Cam", {"x"});
-    provider->setMaxVirtualCameras("device/cam", 3);
-    provider->setMaxVirtualCameras(hidl_string("cam\0b", 5), 7);
-
-    // Then each id is its own camera in each table
-    EXPECT_EQ(capability("cam"), VirtualCameraCapability::SUPPORTED);
-    EXPECT_EQ(capability("Cam"), VirtualCameraCapability::NOT_SUPPORTED);
-    EXPECT_EQ(capability("device/cam"), VirtualCameraCapability::NOT_SUPPORTED);
-    EXPECT_EQ(list("Cam"), (std::vector<std::string>{"x"}));
-    EXPECT_TRUE(list("cam").empty());
-    EXPECT_EQ(max("device/cam"), 3u);
-    EXPECT_EQ(max(hidl_string("cam\0b", 5)), 7u);
-    EXPECT_EQ(max("cam"), 0u);
-    EXPECT_EQ(max("Cam"), 0u);
-    // and the property holds the last maximum, whatever its camera
-    EXPECT_EQ(prop(kMax), "7");
-    // an id with a NUL is its own key, but prints up to the NUL
-    EXPECT_TRUE(LogCapture::contains(
-            info("getMaxVirtualCameras: Found max virtual camers for camera: cam max: 7")));
-}
-
-TEST_F(VirtualCameraTest, LargestAndZeroMaximumRoundTrip) {
-    provider->setMaxVirtualCameras("0", 4294967295u);
-    EXPECT_EQ(prop(kMax), "4294967295");
-    EXPECT_EQ(max("0"), 4294967295u);
-
-    provider->setMaxVirtualCameras("0", 0);
-    EXPECT_EQ(prop(kMax), "0");
-    EXPECT_EQ(max("0"), 0u);
-
-    EXPECT_EQ(LogCapture::lines(),
-              (std::vector<LogLine>{
-                      info("setMaxVirtualCameras: camera: 0 setting max virtual cameras to "
-                           "4294967295"),
-                      event("onMaxVirtualCamerasChange 0 4294967295"),
-                      info("getMaxVirtualCameras: camera: 0"),
-                      info("getMaxVirtualCameras: Found max virtual camers for camera: 0 max: -1"),
-                      info("setMaxVirtualCameras: camera: 0 setting max virtual cameras to 0"),
-                      event("onMaxVirtualCamerasChange 0 0"),
-                      info("getMaxVirtualCameras: camera: 0"),
-                      info("getMaxVirtualCameras: Found max virtual camers for camera: 0 max: 0"),
-              }));
-}
-
-TEST_F(VirtualCameraTest, UnnamedCapabilityIsKeptAndRepeatedSetsNotifyEachTime) {
-    const auto unnamed = static_cast<VirtualCameraCapability>(42);
-
-    // When every setter is called twice with the same value
-    for (int i = 0; i < 2; ++i) {
-        provider->setVirtualCameraCapability("0", unnamed);
-        provider->setVirtualCameraList("0", {"v"});
-        provider->setMaxVirtualCameras("0", 2);
+TEST_F(VirtualCameraTest, AvailabilitySwitchDrivesTrackingOnlyWithMultistream) {
+    struct Row {
+        const char* flag;  // the multistream property; "" leaves it missing
+        const char* id;
+        bool available;
+        int asks;           // the tracking mode asked for, -1 for none
+        bool announced;     // the mode changed, so it is announced and written
+        const char* after;  // tracking mode, talker-tracking property, enable property
+    };
+    const Row rows[] = {
+            // Flag missing, then 0: the tracking mode is never touched, every call notifies
+            {"", "A", true, -1, false, "0 0 1"},
+            {"", "A", true, -1, false, "0 0 1"},
+            {"0", "B", false, -1, false, "0 0 0"},
+            // Flag on: available asks for mode 5 every time, before the property and the
+            // notification
+            {"1", "A", true, 5, true, "5 5 1"},
+            {"1", "A", true, 5, false, "5 5 1"},
+            // unavailable asks for mode 1 only when the enable property was 1 before the call
+            {"1", "A", false, 1, true, "1 1 0"},
+            {"1", "A", false, -1, false, "1 1 0"},
+            // the enable property is device-wide: B's call sees A's value
+            {"1", "A", true, 5, true, "5 5 1"},
+            {"1", "B", false, 1, true, "1 1 0"},
+    };
+    std::vector<Step> steps;
+    for (const Row& r : rows) {
+        const std::string id = r.id, on = std::to_string(r.available),
+                          mode = std::to_string(r.asks);
+        std::vector<std::string> t = {"I setVirtualCameraAvailability: camera: " + id +
+                                      " setting virtual camera availability to " + on};
+        if (r.flag == std::string("1")) {
+            t.push_back("I setVirtualCameraAvailability: multistream feature flag enabled!!!");
+        }
+        if (r.asks >= 0) t.push_back("D ZorvCameraProvider setTrackingMode " + mode + " \n");
+        if (r.announced) {
+            t.insert(t.end(), {"D Tracking changed to " + mode + " ",
+                               "L cameraDeviceTrackingChange " + id + " " + mode,
+                               "I setTrackingModeProperty: setting talker tracking to " + mode});
+        }
+        t.insert(t.end(), {"I setVirtualCameraEnabledProperty: setting property "
+                           "vendor.tessaview.vc.enable to " +
+                                   on,
+                           "L onVirtualCameraAvailablityChange " + id + " " + on,
+                           std::string("= ") + r.after});
+        steps.push_back({[this, r] {
+                             if (*r.flag != '\0')
+                                 setProp("persist.vendor.multistream.enable", r.flag);
+                             provider->setVirtualCameraAvailability(r.id, r.available);
+                             return std::to_string(static_cast<int>(
+                                            TrackingMode(provider->getTrackingMode("0")))) +
+                                    " " + prop("vendor.talkertracking.flag") + " " +
+                                    prop("vendor.tessaview.vc.enable");
+                         },
+                         t});
     }
-
-    // Then each call notified, and the unnamed value comes back unchanged
-    EXPECT_EQ(listener->events(),
-              (std::vector<std::string>{
-                      "onVirtualCameraCapabilityChange 0 42", "onVirtualCameraListChange 0 1",
-                      "onMaxVirtualCamerasChange 0 2", "onVirtualCameraCapabilityChange 0 42",
-                      "onVirtualCameraListChange 0 1", "onMaxVirtualCamerasChange 0 2"}));
-    EXPECT_EQ(LogCapture::count(info("setVirtualCameraCapability: camera: 0 capability: 42")), 2);
-    LogCapture::clear();
-    EXPECT_EQ(capability("0"), unnamed);
-    EXPECT_EQ(LogCapture::lines(),
-              (std::vector<LogLine>{
-                      debug("getVirtualCameraCapability: camera: 0"),
-                      info("getVirtualCameraCapability: found virtual camera: 0 capability: 42"),
-              }));
+    // while each camera keeps its own switch
+    steps.push_back({[&] {
+                         const std::string a = available("A");
+                         return a + available("B");
+                     },
+                     {"D getVirtualCameraAvailability: camera: A",
+                      "I getVirtualCameraAvailability: Found availability: A enable: 1",
+                      "D getVirtualCameraAvailability: camera: B",
+                      "I getVirtualCameraAvailability: Found availability: B enable: 0", "= 10"}});
+    run(steps);
 }
 
-TEST_F(VirtualCameraTest, PropertyFunctionsWriteUnsignedMaximumSilentlyAndEnableAsOneOrZero) {
-    setMaxVirtualCamProperty(-1);
-    EXPECT_EQ(prop(kMax), "4294967295");
-    setMaxVirtualCamProperty(12);
-    EXPECT_EQ(prop(kMax), "12");
-    setVirtualCameraEnabledProperty(true);
-    EXPECT_EQ(prop(kEnable), "1");
-    setVirtualCameraEnabledProperty(false);
-    EXPECT_EQ(prop(kEnable), "0");
-    EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{enableLine(1), enableLine(0)}));
-}
-
-TEST_F(VirtualCameraTest, MultistreamOffSwitchNeverTouchesTracking) {
-    // Given the multistream flag missing, later explicitly 0
-    for (const char* flag : {"", "0"}) {
-        if (*flag != '\0') setProp(kMultistream, flag);
-        LogCapture::clear();
-
-        // When A is made available twice and B unavailable
-        provider->setVirtualCameraAvailability("A", true);
-        provider->setVirtualCameraAvailability("A", true);
-        provider->setVirtualCameraAvailability("B", false);
-
-        // Then each call stores, writes the enable property and notifies; tracking stays off
-        EXPECT_EQ(LogCapture::lines(),
-                  (std::vector<LogLine>{switchLine("A", 1), enableLine(1),
-                                        event("onVirtualCameraAvailablityChange A 1"),
-                                        switchLine("A", 1), enableLine(1),
-                                        event("onVirtualCameraAvailablityChange A 1"),
-                                        switchLine("B", 0), enableLine(0),
-                                        event("onVirtualCameraAvailablityChange B 0")}));
-        EXPECT_EQ(prop(kEnable), "0");
-        EXPECT_EQ(prop(kTalkerTracking), "0");
-        EXPECT_EQ(trackingMode(), 0);
-        EXPECT_TRUE(available("A"));
-        EXPECT_FALSE(available("B"));
-        EXPECT_TRUE(LogCapture::contains(
-                info("getVirtualCameraAvailability: Found availability: B enable: 0")));
-    }
-}
-
-TEST_F(VirtualCameraTest, MultistreamOnAvailableSetsModeFiveEveryCallUnavailableOneOnlyOnce) {
-    setProp(kMultistream, "1");
-
-    // When A is made available
-    provider->setVirtualCameraAvailability("A", true);
-
-    // Then tracking goes to 5 and is announced before the enable property and the switch
-    EXPECT_EQ(LogCapture::lines(),
-              join({{switchLine("A", 1), kMultistreamLine},
-                    trackingChange("A", 5),
-                    {enableLine(1), event("onVirtualCameraAvailablityChange A 1")}}));
-    EXPECT_EQ(trackingMode(), 5);
-    EXPECT_EQ(prop(kTalkerTracking), "5");
-    EXPECT_EQ(prop(kEnable), "1");
-
-    // When A is made available again
-    LogCapture::clear();
-    provider->setVirtualCameraAvailability("A", true);
-
-    // Then mode 5 is asked for again; already in force, it is not announced again
-    EXPECT_EQ(LogCapture::lines(),
-              (std::vector<LogLine>{switchLine("A", 1), kMultistreamLine,
-                                    debug("ZorvCameraProvider setTrackingMode 5 \n"), enableLine(1),
-                                    event("onVirtualCameraAvailablityChange A 1")}));
-
-    // When A is made unavailable twice in a row
-    LogCapture::clear();
-    provider->setVirtualCameraAvailability("A", false);
-    provider->setVirtualCameraAvailability("A", false);
-
-    // Then only the first call, which found the property at 1, sets tracking mode 1
-    EXPECT_EQ(LogCapture::lines(),
-              join({{switchLine("A", 0), kMultistreamLine},
-                    trackingChange("A", 1),
-                    {enableLine(0), event("onVirtualCameraAvailablityChange A 0")},
-                    {switchLine("A", 0), kMultistreamLine, enableLine(0),
-                     event("onVirtualCameraAvailablityChange A 0")}}));
-    EXPECT_EQ(trackingMode(), 1);
-    EXPECT_EQ(prop(kTalkerTracking), "1");
-    EXPECT_EQ(prop(kEnable), "0");
-}
-
-TEST_F(VirtualCameraTest, MultistreamOnEnablePropertyIsDeviceWide) {
-    // Given the flag on and camera A available
-    setProp(kMultistream, "1");
-    provider->setVirtualCameraAvailability("A", true);
-    LogCapture::clear();
-
-    // When another camera, B, is made unavailable
-    provider->setVirtualCameraAvailability("B", false);
-
-    // Then B's call saw A's enable value and set mode 1 for B; A is still available
-    EXPECT_EQ(LogCapture::lines(),
-              join({{switchLine("B", 0), kMultistreamLine},
-                    trackingChange("B", 1),
-                    {enableLine(0), event("onVirtualCameraAvailablityChange B 0")}}));
-    EXPECT_EQ(prop(kEnable), "0");
-    EXPECT_TRUE(available("A"));
-    EXPECT_FALSE(available("B"));
-    EXPECT_TRUE(LogCapture::contains(
-            info("getVirtualCameraAvailability: Found availability: A enable: 1")));
-}
-
-TEST_F(VirtualCameraTest, InfoRecordsRoundTripMemberForMemberAndAreCopiedDeep) {
-    // Given two records with every member set
-    hidl_vec<CameraInfo> sent = {record("first", 7), record("second", 200)};
-    const std::vector<CameraInfo> expected = {record("first", 7), record("second", 200)};
-
-    // When they are set and the caller then changes its own copy
+TEST_F(VirtualCameraTest, InfoRecordsAreCopiedDeepReplacedWholeAndNotifiedAsSent) {
+    // Given two records with every member set, stored, and the caller's copy changed after
+    const std::vector<CameraInfo> two = {record("first", 7), record("second", 200)};
+    hidl_vec<CameraInfo> sent = two;
     provider->setVirtualCameraInfo(sent);
     sent[0].text1 = "changed";
     sent[0].entries[1].value = 0;
     sent[0].block[3] = 0;
     sent[1].value2 = 0;
-    std::vector<CameraInfo> got = infos();
 
-    // Then the listener got them as sent and the provider answers with its own copies
-    ASSERT_EQ(listener->infos().size(), 1u);
-    EXPECT_TRUE(std::vector<CameraInfo>(listener->infos()[0]) == expected);
-    ASSERT_EQ(got.size(), 2u);
-    for (size_t i = 0; i < 2; ++i) {
-        EXPECT_EQ(got[i].text1, expected[i].text1);
-        EXPECT_EQ(got[i].text2, expected[i].text2);
-        EXPECT_TRUE(got[i].entries == expected[i].entries);
-        EXPECT_TRUE(got[i].block == expected[i].block);
-        EXPECT_EQ(got[i].value1, expected[i].value1);
-        EXPECT_EQ(got[i].value2, expected[i].value2);
-        EXPECT_EQ(got[i].value3, expected[i].value3);
-    }
-    EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{info("setVirtualCameraInfo: info size 2"),
-                                                         event("onVirtualCameraInfos 2"),
-                                                         info("getVirtualCameraInfo: ")}));
-}
-
-TEST_F(VirtualCameraTest, InfoListIsReplacedWholeAndAnsweredUnderTheLock) {
-    // Given two records stored
-    provider->setVirtualCameraInfo({record("a", 1), record("b", 2)});
-
-    // When one record, then none, are set
+    // Then the listener got them as sent and the provider answers with its own copies, until
+    // the next set replaces them whole
+    std::vector<std::vector<CameraInfo>> answers;
+    auto answer = [&] {
+        provider->getVirtualCameraInfo(
+                [&](const hidl_vec<CameraInfo>& v) { answers.push_back(v); });
+    };
+    answer();
     provider->setVirtualCameraInfo({record("c", 3)});
-    std::vector<CameraInfo> afterOne = infos();
+    answer();
     provider->setVirtualCameraInfo({});
-    bool lockedOut = false;
-    int calls = 0;
-    provider->getVirtualCameraInfo([&](const hidl_vec<CameraInfo>& v) {
-        ++calls;
-        EXPECT_EQ(v.size(), 0u);
-        lockedOut = providerLocked();
-    });
-
-    // Then nothing of an earlier list remains, and the answer came with the lock held
-    EXPECT_TRUE(afterOne == std::vector<CameraInfo>{record("c", 3)});
-    EXPECT_EQ(calls, 1);
-    EXPECT_TRUE(lockedOut);
+    answer();
+    EXPECT_TRUE(answers == (std::vector<std::vector<CameraInfo>>{two, {record("c", 3)}, {}}));
+    EXPECT_TRUE(std::vector<CameraInfo>(listener->infos()[0]) == two);
     EXPECT_EQ(listener->events(),
               (std::vector<std::string>{"onVirtualCameraInfos 2", "onVirtualCameraInfos 1",
                                         "onVirtualCameraInfos 0"}));
+    EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
+              (std::vector<LogLine>{providerLine(kInfo, "setVirtualCameraInfo: info size 2"),
+                                    providerLine(kInfo, "getVirtualCameraInfo: "),
+                                    providerLine(kInfo, "setVirtualCameraInfo: info size 1"),
+                                    providerLine(kInfo, "getVirtualCameraInfo: "),
+                                    providerLine(kInfo, "setVirtualCameraInfo: info size 0"),
+                                    providerLine(kInfo, "getVirtualCameraInfo: ")}));
+}
+
+TEST_F(VirtualCameraTest, EveryMethodWaitsForTheProviderLockAndAnswersUnderIt) {
+    auto& lock = ZorvCameraProviderTestPeer::lock(*provider);
+    // Everything the methods change, as seen from the thread holding the lock.
+    auto state = [&] {
+        return capability("0") + names("0") + max("0") + available("0") + infoCount() +
+               prop("persist.tessaview.vc.max") + prop("vendor.tessaview.vc.enable") +
+               std::to_string(listener->events().size());
+    };
+    // Whether another thread could take the lock right now.
+    bool lockFree = false;
+    auto probe = [&](auto&&...) {
+        lockFree = std::async(std::launch::async, [&] {
+                       if (!lock.try_lock()) return false;
+                       lock.unlock();
+                       return true;
+                   }).get();
+    };
+    const std::function<void()> calls[] = {
+            [&] { provider->setVirtualCameraCapability("0", Cap::SUPPORTED); },
+            [&] { capability("0"); },
+            [&] { provider->setVirtualCameraList("0", {"a"}); },
+            [&] { provider->getVirtualCameraList("0", probe); },
+            [&] { provider->setMaxVirtualCameras("0", 3); },
+            [&] { max("0"); },
+            [&] { provider->setVirtualCameraAvailability("0", true); },
+            [&] { available("0"); },
+            [&] { provider->setVirtualCameraInfo({record("a", 1)}); },
+            [&] { provider->getVirtualCameraInfo(probe); },
+    };
+    for (size_t i = 0; i < std::size(calls); ++i) {
+        SCOPED_TRACE("call " + std::to_string(i));
+        lock.lock();
+        const std::string before = state();
+        std::future<void> running = std::async(std::launch::async, calls[i]);
+        EXPECT_EQ(running.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+        EXPECT_EQ(state(), before);
+        lock.unlock();
+        running.get();
+        // The result callbacks run with the lock still held
+        EXPECT_FALSE(lockFree);
+    }
 }

@@ -56,24 +56,6 @@ int property_get(const char* key, char* value, const char* default_value) {
     return static_cast<int>(len);
 }
 
-int8_t property_get_bool(const char* key, int8_t default_value) {
-    char buf[PROPERTY_VALUE_MAX] = {'\0'};
-    if (key == nullptr || property_get(key, buf, "") <= 0) return default_value;
-    if (!strcmp(buf, "1") || !strcmp(buf, "y") || !strcmp(buf, "yes") || !strcmp(buf, "on") ||
-        !strcmp(buf, "true")) {
-        return 1;
-    }
-    if (!strcmp(buf, "0") || !strcmp(buf, "n") || !strcmp(buf, "no") || !strcmp(buf, "off") ||
-        !strcmp(buf, "false")) {
-        return 0;
-    }
-    return default_value;
-}
-
-int64_t property_get_int64(const char* key, int64_t default_value) {
-    return propertyGetImax(key, INT64_MIN, INT64_MAX, default_value);
-}
-
 int32_t property_get_int32(const char* key, int32_t default_value) {
     return static_cast<int32_t>(propertyGetImax(key, INT32_MIN, INT32_MAX, default_value));
 }

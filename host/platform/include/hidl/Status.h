@@ -40,7 +40,6 @@ class Status final {
     status_t transactionError() const {
         return mException == EX_TRANSACTION_FAILED ? mErrorCode : OK;
     }
-    const std::string& exceptionMessage() const { return mMessage; }
     // "No error", or e.g. "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '".
     std::string description() const;
 
@@ -94,7 +93,6 @@ class Return : public details::return_status {
     Return& operator=(Return&& other) = default;
 
     // Reading the value of a failed call aborts, as on the platform.
-    T withDefault(T def) const { return isOk() ? mVal : def; }
     operator T() const {  // NOLINT
         assertOk();
         return mVal;

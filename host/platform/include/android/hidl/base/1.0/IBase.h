@@ -16,27 +16,12 @@ namespace V1_0 {
 struct IBase : virtual public ::android::RefBase {
     static constexpr const char* descriptor = "android.hidl.base@1.0::IBase";
 
-    virtual bool isRemote() const { return false; }
-
-    using interfaceChain_cb = std::function<void(
-            const ::android::hardware::hidl_vec<::android::hardware::hidl_string>& descriptors)>;
     using interfaceDescriptor_cb =
             std::function<void(const ::android::hardware::hidl_string& descriptor)>;
 
     // In-process objects answer for themselves; only their own descriptor is known here.
-    virtual ::android::hardware::Return<void> interfaceChain(interfaceChain_cb _hidl_cb) {
-        _hidl_cb({interfaceName()});
-        return ::android::hardware::Void();
-    }
     virtual ::android::hardware::Return<void> interfaceDescriptor(interfaceDescriptor_cb _hidl_cb) {
         _hidl_cb(interfaceName());
-        return ::android::hardware::Void();
-    }
-    virtual ::android::hardware::Return<void> ping() { return ::android::hardware::Void(); }
-    virtual ::android::hardware::Return<void> notifySyspropsChanged() {
-        return ::android::hardware::Void();
-    }
-    virtual ::android::hardware::Return<void> setHALInstrumentation() {
         return ::android::hardware::Void();
     }
 
