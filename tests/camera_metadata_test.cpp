@@ -82,7 +82,6 @@ TEST_F(CameraMetadataTest, SizesAndHeaderFollowThePlatformLayoutAndPlaceWritesOn
     EXPECT_EQ(48u, calculate_camera_metadata_size(0, 0));
     EXPECT_EQ(56u, calculate_camera_metadata_size(0, 1));
     EXPECT_EQ(1u, get_camera_metadata_size(nullptr));
-    EXPECT_EQ(1u, get_camera_metadata_compact_size(nullptr));
 
     // An allocated block has the platform header
     Metadata m = make(3, 20);
@@ -93,7 +92,6 @@ TEST_F(CameraMetadataTest, SizesAndHeaderFollowThePlatformLayoutAndPlaceWritesOn
     for (const auto& [offset, value] : header) EXPECT_EQ(value, u32(m.get(), offset)) << offset;
     EXPECT_EQ(UINT64_MAX, vendorId(m.get()));
     EXPECT_EQ(120u, get_camera_metadata_size(m.get()));
-    EXPECT_EQ(48u, get_camera_metadata_compact_size(m.get()));
     EXPECT_EQ(3u, get_camera_metadata_entry_capacity(m.get()));
     EXPECT_EQ(20u, get_camera_metadata_data_capacity(m.get()));
     EXPECT_EQ(0, validate_camera_metadata_structure(m.get(), nullptr));
@@ -316,15 +314,6 @@ TEST_F(CameraMetadataTest,
     EXPECT_EQ(0u, u32(dst.get(), kFlags));
 }
 
-TEST_F(CameraMetadataTest, CloneIsCompactCopy) {
-    Metadata m = make(8, 64);
-    add(m.get(), ANDROID_SCALER_CROP_REGION, {1, 2, 3, 4});
-    Metadata c(clone_camera_metadata(m.get()), free_camera_metadata);
-    ASSERT_NE(nullptr, c);
-    EXPECT_EQ(get_camera_metadata_compact_size(m.get()), get_camera_metadata_size(c.get()));
-    EXPECT_EQ((std::vector<int32_t>{1, 2, 3, 4}), valuesOf(c.get(), ANDROID_SCALER_CROP_REGION));
-}
-
 TEST_F(CameraMetadataTest, ValidateReportsEachStructuralFault) {
     // Given a sound block: 2 slots, 32 data bytes, data at 80, size 112
     auto good = [this] {
@@ -405,8 +394,6 @@ TEST_F(CameraMetadataTest, InjectedAllocationFailureHitsOneCallAtATime) {
     EXPECT_NE(nullptr, place_camera_metadata(buffer, sizeof(buffer), 2, 5));
     hostfault::arm(hostfault::kMetadataAllocate);
     EXPECT_EQ(nullptr, place_camera_metadata(buffer, sizeof(buffer), 2, 5));
-    hostfault::arm(hostfault::kMetadataAllocate);
-    EXPECT_EQ(nullptr, clone_camera_metadata(first.get()));
 }
 
 }  // namespace
