@@ -57,6 +57,7 @@ struct Entry {
     uint8_t reserved[3];
 };
 static_assert(sizeof(Header) == 48 && sizeof(Entry) == 16, "metadata block layout");
+static_assert(kMaxMerged == 2, "the lookup compares each tag with the first and last entry");
 constexpr size_t kDataAlignment = 8;
 
 constexpr size_t align8(size_t v) {
@@ -86,6 +87,23 @@ bool payloadCovers(const ACameraMetadata_entry& entry, int libraryType) {
            (entry.data.u8 != nullptr || entry.count == 0);
 }
 
+// Logs "updating 0x%x metadata \n" at INFO. It is written for every updated tag of every request
+// on the capture path, so the text is put together here: formatting it with printf would cost
+// more than the rest of the update.
+void logUpdated(uint32_t tag) {
+    char text[] = "updating 0x00000000 metadata \n";
+    char* end = text + strlen("updating 0x");
+    char digits[8];
+    size_t n = 0;
+    do {
+        digits[n++] = "0123456789abcdef"[tag % 16];
+        tag /= 16;
+    } while (tag != 0);
+    while (n != 0) *end++ = digits[--n];
+    strcpy(end, " metadata \n");
+    __android_log_write(ANDROID_LOG_INFO, LOG_TAG, text);
+}
+
 // One pass over a blob read from the queue: checks what the edit relies on (the header, and each
 // entry the merge will rewrite) and finds the merged tags, first match in table order (found[i]
 // is the index for entries[i], or -1). Returns why the blob must not be edited, or null. Entries
@@ -107,16 +125,20 @@ const char* checkAndFind(const uint8_t* bytes, size_t size, const ACameraMetadat
     }
 
     std::fill(found, found + count, -1);
+    if (count == 0) return nullptr;
     const uint8_t* table = bytes + h.entriesStart;
-    for (size_t i = 0, left = count; i < h.entryCount && left != 0; ++i) {
+    const uint32_t first = entries[0].tag, last = entries[count - 1].tag;
+    const size_t entryCount = h.entryCount;
+    for (size_t i = 0; i < entryCount; ++i) {
         uint32_t tag;
         memcpy(&tag, table + i * sizeof(Entry), sizeof(tag));
+        if (tag != first && tag != last) continue;  // kMaxMerged is 2: no tag in between
+        bool all = true;
         for (size_t k = 0; k < count; ++k) {
-            if (found[k] < 0 && entries[k].tag == tag) {
-                found[k] = static_cast<long>(i);
-                --left;
-            }
+            if (found[k] < 0 && entries[k].tag == tag) found[k] = static_cast<long>(i);
+            all = all && found[k] >= 0;
         }
+        if (all) break;
     }
     for (size_t k = 0; k < count; ++k) {
         if (found[k] < 0) continue;
@@ -171,7 +193,7 @@ const camera_metadata_t* mergeEntries(uint8_t* bytes, size_t size,
         if (found[k] >= 0) {
             if (update_camera_metadata_entry(settings, found[k], entry.data.u8, entry.count,
                                              nullptr) == 0) {
-                ALOGI("updating 0x%x metadata \n", entry.tag);
+                logUpdated(entry.tag);
             }
             continue;
         }

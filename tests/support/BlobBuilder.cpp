@@ -30,10 +30,11 @@ Item u8(uint32_t tag, const Bytes& values) {
 }
 
 ACameraMetadata_entry asEntry(const Item& item) {
-    ACameraMetadata_entry e{item.tag, item.type,
-                            static_cast<uint32_t>(item.bytes.size() /
-                                                  camera_metadata_type_size[item.type]),
-                            {nullptr}};
+    ACameraMetadata_entry e{
+            item.tag,
+            item.type,
+            static_cast<uint32_t>(item.bytes.size() / camera_metadata_type_size[item.type]),
+            {nullptr}};
     e.data.u8 = const_cast<uint8_t*>(item.bytes.data());
     return e;
 }
