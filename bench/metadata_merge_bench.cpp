@@ -192,7 +192,10 @@ Bytes previewSettings(Variant variant) {
     }
     const bool grow = variant == Variant::kAppendGrow;
     Bytes settings = blob(grow ? keys.size() : 128, grow ? data : 1024, entries);
-    if (settings.empty()) abort();
+    if (get_camera_metadata_entry_count(reinterpret_cast<camera_metadata_t*>(settings.data())) !=
+        keys.size()) {
+        abort();
+    }
     return settings;
 }
 

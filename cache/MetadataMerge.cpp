@@ -57,7 +57,7 @@ struct Entry {
     uint8_t reserved[3];
 };
 static_assert(sizeof(Header) == 48 && sizeof(Entry) == 16, "metadata block layout");
-static_assert(kMaxMerged == 2, "the lookup compares each tag with the first and last entry");
+static_assert(kMaxMerged == 2, "nextMatch looks for two tags");
 constexpr size_t kDataAlignment = 8;
 
 constexpr size_t align8(size_t v) {
@@ -104,6 +104,17 @@ void logUpdated(uint32_t tag) {
     __android_log_write(ANDROID_LOG_INFO, LOG_TAG, text);
 }
 
+// The index of the first entry of the table from `from` on whose tag is a or b, or `end`.
+// kMaxMerged is 2, so the merged tags are the first and the last of the list.
+size_t nextMatch(const uint8_t* table, size_t end, size_t from, uint32_t a, uint32_t b) {
+    for (size_t i = from; i < end; ++i) {
+        uint32_t tag;
+        memcpy(&tag, table + i * sizeof(Entry), sizeof(tag));
+        if (tag == a || tag == b) return i;
+    }
+    return end;
+}
+
 // One pass over a blob read from the queue: checks what the edit relies on (the header, and each
 // entry the merge will rewrite) and finds the merged tags, first match in table order (found[i]
 // is the index for entries[i], or -1). Returns why the blob must not be edited, or null. Entries
@@ -128,11 +139,10 @@ const char* checkAndFind(const uint8_t* bytes, size_t size, const ACameraMetadat
     if (count == 0) return nullptr;
     const uint8_t* table = bytes + h.entriesStart;
     const uint32_t first = entries[0].tag, last = entries[count - 1].tag;
-    const size_t entryCount = h.entryCount;
-    for (size_t i = 0; i < entryCount; ++i) {
+    for (size_t i = nextMatch(table, h.entryCount, 0, first, last); i < h.entryCount;
+         i = nextMatch(table, h.entryCount, i + 1, first, last)) {
         uint32_t tag;
         memcpy(&tag, table + i * sizeof(Entry), sizeof(tag));
-        if (tag != first && tag != last) continue;  // kMaxMerged is 2: no tag in between
         bool all = true;
         for (size_t k = 0; k < count; ++k) {
             if (found[k] < 0 && entries[k].tag == tag) found[k] = static_cast<long>(i);

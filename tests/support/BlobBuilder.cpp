@@ -43,11 +43,10 @@ Bytes blob(size_t entryCapacity, size_t dataCapacity, const std::vector<Item>& i
     Bytes bytes(calculate_camera_metadata_size(entryCapacity, dataCapacity));
     camera_metadata_t* m =
             place_camera_metadata(bytes.data(), bytes.size(), entryCapacity, dataCapacity);
+    if (m == nullptr) return {};
     for (const Item& item : items) {
         const size_t count = item.bytes.size() / camera_metadata_type_size[item.type];
-        if (m == nullptr || add_camera_metadata_entry(m, item.tag, item.bytes.data(), count) != 0) {
-            return {};
-        }
+        add_camera_metadata_entry(m, item.tag, item.bytes.data(), count);
     }
     return bytes;
 }

@@ -35,7 +35,8 @@ Item u8(uint32_t tag, const Bytes& values);
 // The item as a cache entry; its data points into the item.
 ACameraMetadata_entry asEntry(const Item& item);
 
-// A settings blob with the given room holding the items in order; empty if one does not fit.
+// A settings blob with the given room holding the items in order; items the metadata library
+// refuses (unknown tag, no room) are left out.
 Bytes blob(size_t entryCapacity, size_t dataCapacity, const std::vector<Item>& items);
 // The blob's entries in order (none if the blob is shorter than a header).
 std::vector<Item> items(const Bytes& blob);
