@@ -223,11 +223,6 @@ const camera_metadata_t* mergeEntries(uint8_t* bytes, size_t size,
             settings = grown.get();
         }
         appendInPlace(settings, entry, type);
-        for (size_t later = k + 1; later < count; ++later) {
-            if (entries[later].tag == entry.tag && found[later] < 0) {
-                found[later] = static_cast<long>(entryCount);
-            }
-        }
     }
     return settings;
 }

@@ -149,6 +149,7 @@ TEST(CameraMetadataTest, UpdateRewritesInPlaceOrMovesLaterDataAndNeedsRoom) {
         }
         EXPECT_EQ(validate_camera_metadata_structure(m.get(), nullptr), row.values.empty() ? 1 : 0);
     }
+    EXPECT_EQ(update_camera_metadata_entry(nullptr, 0, nullptr, 0, nullptr), 1);
 }
 
 TEST(CameraMetadataTest, AppendRebasesOffsetsNeedsRoomAndOneVendor) {

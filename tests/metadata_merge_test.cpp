@@ -323,17 +323,21 @@ TEST_F(MetadataMergeTest, NoListNoBatchOrAQueueNotHoldingTheBatchChangesNothing)
                                      "holds %zu; settings in the queue left unchanged\n",
                                      2 * settings.size(), settings.size()))}));
 
-    // And appendAlwaysMetadata needs a queue and queued settings, then merges any tag
+    // And appendAlwaysMetadata merges any tag into the queued settings, but needs a queue and
+    // settings in it
     CaptureRequest request{};
     request.fmqSettingsSize = settings.size();
     queue = queueWith({settings});
+    cache->appendAlwaysMetadata(queue, request, asEntry(u8(kAeMode, {2})));
+    const Bytes merged = drain(*queue);
+    EXPECT_EQ(items(merged), (Items{u8(kAwb, {1}), u8(kAeMode, {2})}));
+    queue = queueWith({merged});
+    LogCapture::clear();
     cache->appendAlwaysMetadata(nullptr, request, asEntry(kCropItem));
     request.fmqSettingsSize = 0;
     cache->appendAlwaysMetadata(queue, request, asEntry(kCropItem));
-    EXPECT_EQ(queue->availableToRead(), settings.size());
-    request.fmqSettingsSize = settings.size();
-    cache->appendAlwaysMetadata(queue, request, asEntry(u8(kAeMode, {2})));
-    EXPECT_EQ(items(drain(*queue)), (Items{u8(kAwb, {1}), u8(kAeMode, {2})}));
+    EXPECT_EQ(drain(*queue), merged);
+    EXPECT_TRUE(LogCapture::lines().empty());
 }
 
 namespace {
