@@ -115,6 +115,12 @@ size_t nextMatch(const uint8_t* table, size_t end, size_t from, uint32_t a, uint
     return end;
 }
 
+// Whether an entry's out-of-line values are unaligned or lie past the used data (of a known type).
+bool valuesOutsideUsedData(const Entry& e, uint32_t dataCount) {
+    const size_t data = dataBytes(e.type, e.count);
+    return data != 0 && (e.offset % kDataAlignment != 0 || uint64_t{e.offset} + data > dataCount);
+}
+
 // One pass over a blob read from the queue: checks what the edit relies on (the header, and each
 // entry the merge will rewrite) and finds the merged tags, first match in table order (found[i]
 // is the index for entries[i], or -1). Returns why the blob must not be edited, or null. Entries
@@ -154,10 +160,8 @@ const char* checkAndFind(const uint8_t* bytes, size_t size, const ACameraMetadat
         if (found[k] < 0) continue;
         Entry e;
         memcpy(&e, table + found[k] * sizeof(Entry), sizeof(e));
-        const bool typeOk = e.type == get_camera_metadata_tag_type(e.tag);
-        const size_t data = typeOk ? dataBytes(e.type, e.count) : 0;
-        if (!typeOk || (data != 0 && (e.offset % kDataAlignment != 0 ||
-                                      uint64_t{e.offset} + data > h.dataCount))) {
+        if (e.type != get_camera_metadata_tag_type(e.tag) ||
+            valuesOutsideUsedData(e, h.dataCount)) {
             snprintf(why, whySize, "has a malformed entry 0x%x", e.tag);
             return why;
         }

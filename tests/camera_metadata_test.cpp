@@ -86,6 +86,7 @@ TEST(CameraMetadataTest, LayoutAddAndFindFollowThePlatform) {
     Metadata room = make(2, 8);
     EXPECT_EQ(add(room.get(), ANDROID_CONTROL_END, {1}), 1);
     EXPECT_EQ(add(room.get(), VENDOR_SECTION_START, {1}), 1);
+    EXPECT_EQ(add(nullptr, kCrop, {1}), 1);
     EXPECT_EQ(add(room.get(), kCrop, {1, 2, 3, 4}), 1);
     EXPECT_EQ(add_camera_metadata_entry(room.get(), kCrop, nullptr, 1), 1);
     EXPECT_EQ(u32(room.get(), kEntryCount), 0u);
