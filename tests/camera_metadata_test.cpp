@@ -170,7 +170,9 @@ TEST(CameraMetadataTest, AppendRebasesOffsetsNeedsRoomAndOneVendor) {
         EXPECT_EQ(u32(d, kEntryCount), 0u);
     }
 
-    // When appended into exactly the room left
+    // When appended into exactly the room left, both flagged sorted
+    setU32(dst.get(), kFlags, 1);
+    setU32(src.get(), kFlags, 1);
     ASSERT_EQ(append_camera_metadata(dst.get(), src.get()), 0);
 
     // Then the source's offsets are rebased past the destination's data, the vendor is taken
@@ -180,6 +182,12 @@ TEST(CameraMetadataTest, AppendRebasesOffsetsNeedsRoomAndOneVendor) {
     EXPECT_EQ(valuesAt(dst.get(), 2), (std::vector<int32_t>{15, 30}));
     EXPECT_EQ(u32(dst.get(), kVendorId), 9u);
     EXPECT_EQ(validate_camera_metadata_structure(dst.get(), nullptr), 0);
+    EXPECT_EQ(u32(dst.get(), kFlags), 0u);  // two non-empty blocks make an unsorted one
+
+    // An empty destination takes the source's sorted flag
+    Metadata empty = make(2, 8);
+    ASSERT_EQ(append_camera_metadata(empty.get(), src.get()), 0);
+    EXPECT_EQ(u32(empty.get(), kFlags), 1u);
 }
 
 TEST(CameraMetadataTest, ValidateReportsEachStructuralFault) {
