@@ -336,6 +336,8 @@ TEST_F(MetadataMergeTest, NoListNoBatchOrAQueueNotHoldingTheBatchChangesNothing)
     cache->appendAlwaysMetadata(nullptr, request, asEntry(kCropItem));
     request.fmqSettingsSize = 0;
     cache->appendAlwaysMetadata(queue, request, asEntry(kCropItem));
+    request.fmqSettingsSize = uint64_t{1} << 62;  // more than the queue holds: nothing is read
+    cache->appendAlwaysMetadata(queue, request, asEntry(kCropItem));
     EXPECT_EQ(drain(*queue), merged);
     EXPECT_TRUE(LogCapture::lines().empty());
 }
