@@ -12,19 +12,32 @@
 #include <system/camera_metadata.h>
 
 #include "CameraControlCache.h"
+#include "support/BlobBuilder.h"
 
 using ::android::hardware::hidl_vec;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::CameraControlCache;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::extractCameraId;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::RequestMetadataQueue;
 using CaptureRequest = CameraControlCache::CaptureRequest;
-using Bytes = std::vector<uint8_t>;
+using testing_support::blob;
+using testing_support::Bytes;
+using testing_support::Item;
 
 namespace {
 
 // Tags of every kind: the two always-applied ones, known tags of several types, unknown ones.
-constexpr uint32_t kTags[] = {0x10001, 0xD0000, 0x10003, 0x10005, 0x1000B,  0x70003,
-                              0x80002, 0xE0000, 0x00001, 0x70000, 0x300000, 0x80000000};
+constexpr uint32_t kTags[] = {ANDROID_CONTROL_AE_EXPOSURE_COMPENSATION,
+                              ANDROID_SCALER_CROP_REGION,
+                              ANDROID_CONTROL_AE_MODE,
+                              ANDROID_CONTROL_AE_TARGET_FPS_RANGE,
+                              ANDROID_CONTROL_AWB_MODE,
+                              ANDROID_JPEG_ORIENTATION,
+                              ANDROID_LENS_FOCAL_LENGTH,
+                              ANDROID_SENSOR_EXPOSURE_TIME,
+                              ANDROID_COLOR_CORRECTION_TRANSFORM,
+                              ANDROID_JPEG_GPS_COORDINATES,
+                              0x300000,
+                              0x80000000};
 constexpr size_t kMaxCount = 12;
 constexpr size_t kMaxBatch = 5;
 
@@ -54,33 +67,63 @@ size_t elementSize(uint8_t type) {
     return type < NUM_TYPES ? camera_metadata_type_size[type] : 0;
 }
 
-// A settings blob: usually a sound block built from fuzz values, sometimes with bytes changed,
-// sometimes raw bytes.
+// Overwrites one field of an entry in the block's used table with a fuzz value: the header stays
+// sound while the entry becomes hostile (its tag one the merge looks for, its count, data offset
+// or type anything).
+void makeEntryHostile(Bytes& blob, FuzzedDataProvider& in) {
+    uint32_t entryCount;
+    memcpy(&entryCount, blob.data() + 12, sizeof(entryCount));
+    if (entryCount == 0) return;
+    const size_t at = 48 + 16 * in.ConsumeIntegralInRange<size_t>(0, entryCount - 1);
+    const size_t fields[] = {0, 4, 8, 12};
+    const size_t field = in.PickValueInArray(fields);
+    uint32_t value = field == 0 ? in.PickValueInArray(kTags) : in.ConsumeIntegral<uint32_t>();
+    if (field == 8 && in.ConsumeBool()) value = in.ConsumeIntegralInRange<uint32_t>(0, 64) * 8;
+    if (field == 12) value &= 0xFF;
+    memcpy(blob.data() + at + field, &value, sizeof(value));
+}
+
+// A settings blob: usually a sound block built from fuzz values, then sometimes hostile entries
+// under a sound header, a changed header field, or flipped bytes; sometimes raw bytes.
 Bytes makeBlob(FuzzedDataProvider& in) {
     if (in.ConsumeIntegralInRange<int>(0, 7) == 0) {
         return in.ConsumeBytes<uint8_t>(in.ConsumeIntegralInRange<size_t>(0, 512));
     }
     const size_t entryCapacity = in.ConsumeIntegralInRange<size_t>(0, 12);
     const size_t dataCapacity = in.ConsumeIntegralInRange<size_t>(0, 160);
-    Bytes blob(calculate_camera_metadata_size(entryCapacity, dataCapacity));
-    camera_metadata_t* m =
-            place_camera_metadata(blob.data(), blob.size(), entryCapacity, dataCapacity);
-    const size_t entries = in.ConsumeIntegralInRange<size_t>(0, entryCapacity);
-    for (size_t i = 0; i < entries && m != nullptr; ++i) {
-        const uint32_t tag = pickTag(in);
-        const size_t count = in.ConsumeIntegralInRange<size_t>(0, 6);
-        Bytes values = in.ConsumeBytes<uint8_t>(count * 8);
-        values.resize(count * 8);
-        add_camera_metadata_entry(m, tag, values.data(), count);
+    std::vector<Item> entries(in.ConsumeIntegralInRange<size_t>(0, entryCapacity));
+    for (Item& item : entries) {
+        item.tag = pickTag(in);
+        const int type = get_camera_metadata_tag_type(item.tag);
+        item.type = static_cast<uint8_t>(type < 0 ? 0 : type);
+        item.bytes = in.ConsumeBytes<uint8_t>(in.ConsumeIntegralInRange<size_t>(0, 6) *
+                                              camera_metadata_type_size[item.type]);
+        item.bytes.resize(item.bytes.size() / camera_metadata_type_size[item.type] *
+                          camera_metadata_type_size[item.type]);
     }
-    const size_t flips = in.ConsumeIntegralInRange<size_t>(0, 3) == 0
-                                 ? in.ConsumeIntegralInRange<size_t>(1, 4)
-                                 : 0;
-    for (size_t i = 0; i < flips && !blob.empty(); ++i) {
-        blob[in.ConsumeIntegralInRange<size_t>(0, blob.size() - 1)] ^=
-                in.ConsumeIntegral<uint8_t>();
+    Bytes made = blob(entryCapacity, dataCapacity, entries);
+    switch (in.ConsumeIntegralInRange<int>(0, 5)) {
+        case 0:
+        case 1:
+            for (int i = in.ConsumeIntegralInRange<int>(1, 3); i > 0; --i) {
+                makeEntryHostile(made, in);
+            }
+            break;
+        case 2: {  // one header field anything: a count, a capacity, a start, the size
+            const uint32_t value = in.ConsumeIntegralInRange<uint32_t>(0, 400);
+            memcpy(made.data() + 4 * in.ConsumeIntegralInRange<size_t>(0, 8), &value, 4);
+            break;
+        }
+        case 3:
+            for (int i = in.ConsumeIntegralInRange<int>(1, 4); i > 0; --i) {
+                made[in.ConsumeIntegralInRange<size_t>(0, made.size() - 1)] ^=
+                        in.ConsumeIntegral<uint8_t>();
+            }
+            break;
+        default:
+            break;
     }
-    return blob;
+    return made;
 }
 
 void addEntry(CameraControlCache& cache, FuzzedDataProvider& in) {

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <system/camera_metadata_tags.h>
 
 #include "CameraControlCache.h"
 #include "ZorvCameraProvider.h"
@@ -23,9 +24,9 @@ using Stored = Peer::Stored;
 
 namespace {
 
-constexpr uint32_t kExposureCompensation = 0x10001;
-constexpr uint32_t kCropRegion = 0xD0000;
-constexpr uint32_t kAeMode = 0x10003;
+constexpr uint32_t kExposureCompensation = ANDROID_CONTROL_AE_EXPOSURE_COMPENSATION;
+constexpr uint32_t kCropRegion = ANDROID_SCALER_CROP_REGION;
+constexpr uint32_t kAeMode = ANDROID_CONTROL_AE_MODE;
 
 std::vector<uint8_t> bytesOf(std::vector<int32_t> values) {
     std::vector<uint8_t> bytes(values.size() * 4);
@@ -105,45 +106,35 @@ TEST_F(CacheStoreTest, SetMetadataCreatesOneIntegerEntryThenOverwritesItInPlace)
 }
 
 TEST_F(CacheStoreTest, ArrayUpdatesKeepTheStoredCount) {
-    // Given a four-value array
-    cache->setCameraMetaarray("0", kCropRegion, hidl_vec<int32_t>{1, 2, 3, 4});
-    EXPECT_EQ(describe(Peer::entries("0")), i32Entry(kCropRegion, {1, 2, 3, 4}));
+    // Each row updates the four-value array stored by the first; a count other than the stored
+    // one is logged, yet the stored count wins
+    const LogLine mismatch =
+            cacheLine(kError, "set camera [0] metadata [0xd0000] length mis-match\n");
+    struct Row {
+        std::vector<int32_t> values;
+        std::vector<int32_t> stored;
+        bool logsMismatch;
+    };
+    const Row rows[] = {
+            {{1, 2, 3, 4}, {1, 2, 3, 4}, false}, {{10, 20, 30, 40, 50, 60}, {10, 20, 30, 40}, true},
+            {{5, 6, 7, 8}, {5, 6, 7, 8}, false}, {{-5, -6}, {-5, -6, 7, 8}, true},
+            {{}, {-5, -6, 7, 8}, true},  // the line shows 0
+    };
+    for (const Row& row : rows) {
+        LogCapture::clear();
+        cache->setCameraMetaarray("0", kCropRegion, hidl_vec<int32_t>(row.values));
+        EXPECT_EQ(describe(Peer::entries("0")), i32Entry(kCropRegion, row.stored));
+        std::vector<LogLine> log{setLine("0", kCropRegion, row.values.empty() ? 0 : row.values[0])};
+        if (row.logsMismatch) log.push_back(mismatch);
+        EXPECT_EQ(LogCapture::linesWithTag(kCacheTag), log);
+    }
 
-    // When six values arrive, the mismatch is logged and the first four are stored
-    LogCapture::clear();
-    cache->setCameraMetaarray("0", kCropRegion, hidl_vec<int32_t>{10, 20, 30, 40, 50, 60});
-    EXPECT_EQ(describe(Peer::entries("0")), i32Entry(kCropRegion, {10, 20, 30, 40}));
-    EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
-              (std::vector<LogLine>{
-                      setLine("0", kCropRegion, 10),
-                      cacheLine(kError, "set camera [0] metadata [0xd0000] length mis-match\n")}));
-
-    // When four values arrive, only the INFO line is written
-    LogCapture::clear();
-    cache->setCameraMetaarray("0", kCropRegion, hidl_vec<int32_t>{5, 6, 7, 8});
-    EXPECT_EQ(describe(Peer::entries("0")), i32Entry(kCropRegion, {5, 6, 7, 8}));
-    EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
-              (std::vector<LogLine>{setLine("0", kCropRegion, 5)}));
-
-    // When two values arrive, they overwrite the first two and the rest stay
-    cache->setCameraMetaarray("0", kCropRegion, hidl_vec<int32_t>{-5, -6});
-    EXPECT_EQ(describe(Peer::entries("0")), i32Entry(kCropRegion, {-5, -6, 7, 8}));
-
-    // When a single value is set, only the first element changes, without a mismatch line
+    // A single value changes only the first element, without a mismatch line
     LogCapture::clear();
     cache->setCameraMetadata("0", kCropRegion, 100);
     EXPECT_EQ(describe(Peer::entries("0")), i32Entry(kCropRegion, {100, -6, 7, 8}));
     EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
               (std::vector<LogLine>{setLine("0", kCropRegion, 100)}));
-
-    // When an empty array arrives, the line shows 0 and nothing is written
-    LogCapture::clear();
-    cache->setCameraMetaarray("0", kCropRegion, hidl_vec<int32_t>{});
-    EXPECT_EQ(describe(Peer::entries("0")), i32Entry(kCropRegion, {100, -6, 7, 8}));
-    EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
-              (std::vector<LogLine>{
-                      setLine("0", kCropRegion, 0),
-                      cacheLine(kError, "set camera [0] metadata [0xd0000] length mis-match\n")}));
 }
 
 TEST_F(CacheStoreTest, IntegerSettersReplaceEntriesOfAnotherTypeOrWithoutValues) {

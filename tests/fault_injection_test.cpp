@@ -1,17 +1,12 @@
-// Injected platform faults: failed property writes, metadata allocations, queue reads and
-// writes, and listener calls, with what each leaves behind.
-#include <stdio.h>
-#include <string.h>
-
+// Injected platform faults: failed property writes and listeners dying mid-operation, with what
+// each leaves behind (the merge's faults are swept with the merge).
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <hostfault/FaultInjection.h>
-#include <system/camera_metadata.h>
 
-#include "CameraControlCache.h"
 #include "FDSession.h"
 #include "ZorvCameraProvider.h"
 #include "support/LogCapture.h"
@@ -22,17 +17,12 @@
 
 using namespace testing_support;
 using ::android::sp;
-using ::android::hardware::hidl_vec;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::CameraMoveDirection;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::Crop;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackingMode;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::CameraControlCache;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::RequestMetadataQueue;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProviderTestPeer;
-using CaptureRequest = CameraControlCache::CaptureRequest;
-using Bytes = std::vector<uint8_t>;
 using Strings = std::vector<std::string>;
 
 namespace {
@@ -42,11 +32,6 @@ constexpr const char* kMaxProperty = "persist.tessaview.vc.max";
 constexpr const char* kEnable = "vendor.tessaview.vc.enable";
 constexpr const char* kMultistream = "persist.vendor.multistream.enable";
 const std::string kDead = "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '";
-
-constexpr uint32_t kExposureCompensation = 0x10001;  // int32 x1, always applied
-constexpr uint32_t kAeMode = 0x10003;                // byte, never merged into queued settings
-constexpr uint32_t kCropRegion = 0xD0000;            // int32 x4, always applied
-constexpr uint32_t kJpegOrientation = 0x70003;       // int32: marks each blob with its request
 
 Strings preset(const std::string& n) {
     const std::string p = "persist.camera.preset." + n;
@@ -66,33 +51,6 @@ std::vector<LogLine> providerErrors() {
     return out;
 }
 
-// A settings blob of the given room: the marker, and the crop region when given.
-Bytes settingsBlob(size_t entries, size_t data, int32_t marker, std::vector<int32_t> crop = {}) {
-    Bytes bytes(calculate_camera_metadata_size(entries, data));
-    camera_metadata_t* m = place_camera_metadata(bytes.data(), bytes.size(), entries, data);
-    EXPECT_EQ(add_camera_metadata_entry(m, kJpegOrientation, &marker, 1), 0);
-    if (!crop.empty()) {
-        EXPECT_EQ(add_camera_metadata_entry(m, kCropRegion, crop.data(), 4), 0);
-    }
-    return bytes;
-}
-
-std::vector<int32_t> ints(const Bytes& blob, uint32_t tag) {
-    camera_metadata_ro_entry_t e;
-    if (find_camera_metadata_ro_entry(reinterpret_cast<const camera_metadata_t*>(blob.data()), tag,
-                                      &e) != 0) {
-        return {};
-    }
-    return std::vector<int32_t>(e.data.i32, e.data.i32 + e.count);
-}
-
-bool sound(const Bytes& blob) {
-    const size_t size = blob.size();
-    const auto* m = reinterpret_cast<const camera_metadata_t*>(blob.data());
-    return size >= 48 && validate_camera_metadata_structure(m, &size) == 0 &&
-           get_camera_metadata_size(m) == size;
-}
-
 class FaultInjectionTest : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -107,99 +65,6 @@ class FaultInjectionTest : public ::testing::Test {
 
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     sp<RecordingListener> listener = new RecordingListener("listener");
-};
-
-// One batch for the merge: three requests with settings in the queue (one holding the crop
-// region in exact room, one with room to spare, one with no room), one without settings and
-// one with its own. The camera caches both always-applied tags and an AE mode.
-class MergeBatch {
-  public:
-    MergeBatch() {
-        mBlobs = {settingsBlob(2, 16, 0, {0, 0, 640, 360}), settingsBlob(8, 64, 2),
-                  settingsBlob(1, 0, 4)};
-        mOwn = settingsBlob(1, 0, 3);
-        mQueue = std::make_shared<RequestMetadataQueue>(1 << 16);
-        mRequests.resize(5);
-        for (size_t i = 0; i < mRequests.size(); ++i) mRequests[i].frameNumber = i;
-        for (size_t i : {0, 2, 4}) {
-            const Bytes& blob = mBlobs[i / 2];
-            EXPECT_TRUE(mQueue->write(blob.data(), blob.size()));
-            mRequests[i].fmqSettingsSize = blob.size();
-        }
-        mRequests[3].settings = mOwn;
-    }
-
-    static void cacheEntries() {
-        auto cache = CameraControlCache::Instance();
-        cache->setCameraMetaarray("0", kCropRegion, {1, 2, 3, 4});
-        cache->setCameraMetadata("0", kExposureCompensation, -2);
-        uint8_t mode = 1;
-        cache->addMetaData("0", {kAeMode, ACAMERA_TYPE_BYTE, 1, {&mode}});
-    }
-
-    void apply() { CameraControlCache::Instance()->applyMetaData("0", mRequests, mQueue); }
-    // Bytes queued behind the batch's blobs, as another batch's would be.
-    void queueBehind(const Bytes& bytes) { mQueue->write(bytes.data(), bytes.size()); }
-
-    // What the device session finds for each request when it reads the settings as usual:
-    // where a queued blob now is and how much of the merge it got; "LOST", "OUT OF ORDER",
-    // "BROKEN" or "EXTRA BYTES" when a blob did not survive.
-    Strings outcome() {
-        Strings out;
-        for (size_t i = 0; i < mRequests.size(); ++i) {
-            const CaptureRequest& r = mRequests[i];
-            if (i == 3) {
-                out.push_back(Bytes(r.settings.begin(), r.settings.end()) == mOwn ? "own"
-                                                                                  : "OWN CHANGED");
-                continue;
-            }
-            if (i == 1) {
-                out.push_back(r.settings.size() == 0 ? "none" : describeNew(r));
-                continue;
-            }
-            Bytes blob;
-            std::string where;
-            if (r.fmqSettingsSize != 0) {
-                blob.resize(r.fmqSettingsSize);
-                if (!mQueue->read(blob.data(), blob.size())) return {"LOST " + std::to_string(i)};
-                where = "queue";
-            } else if (r.settings.size() != 0) {
-                blob.assign(r.settings.begin(), r.settings.end());
-                where = "settings";
-            } else {
-                return {"LOST " + std::to_string(i)};
-            }
-            if (!sound(blob)) return {"BROKEN " + std::to_string(i)};
-            if (ints(blob, kJpegOrientation) != std::vector<int32_t>{static_cast<int32_t>(i)}) {
-                return {"OUT OF ORDER " + std::to_string(i)};
-            }
-            out.push_back(where + ":" + merged(blob, mBlobs[i / 2]));
-        }
-        if (mQueue->availableToRead() != 0) out.push_back("EXTRA BYTES");
-        return out;
-    }
-
-  private:
-    static std::string merged(const Bytes& blob, const Bytes& sent) {
-        if (blob == sent) return "unchanged";
-        const bool crop = ints(blob, kCropRegion) == std::vector<int32_t>{1, 2, 3, 4};
-        const bool exposure = ints(blob, kExposureCompensation) == std::vector<int32_t>{-2};
-        if (ints(blob, kAeMode).size() != 0) return "AE MODE MERGED";
-        return crop && exposure ? "merged" : crop ? "crop only" : exposure ? "exposure only" : "?";
-    }
-    static std::string describeNew(const CaptureRequest& r) {
-        const Bytes settings(r.settings.begin(), r.settings.end());
-        if (!sound(settings)) return "NEW BROKEN";
-        return "new with " +
-               std::to_string(get_camera_metadata_entry_count(
-                       reinterpret_cast<const camera_metadata_t*>(settings.data()))) +
-               " entries";
-    }
-
-    std::vector<Bytes> mBlobs;
-    Bytes mOwn;
-    std::shared_ptr<RequestMetadataQueue> mQueue;
-    hidl_vec<CaptureRequest> mRequests;
 };
 
 }  // namespace
@@ -305,77 +170,6 @@ TEST_F(FaultInjectionTest, FailedVirtualCameraPropertyWritesKeepTablesAndNotific
     EXPECT_EQ(trackingMode(), 5);
     EXPECT_EQ(prop(kEnable), "0");
     EXPECT_TRUE(providerErrors().empty());
-}
-
-TEST_F(FaultInjectionTest, EverySingleMergeFaultKeepsEachQueuedBlobOnceAndInOrder) {
-    // Given the camera's entries, and the batch merged without a fault
-    MergeBatch::cacheEntries();
-    const std::string m = "queue:merged", n = "new with 3 entries";
-    auto row = [](const std::string& r0, const std::string& r1, const std::string& r2,
-                  const std::string& r4) {
-        return Strings{r0, r1, r2, "own", r4};
-    };
-    const Strings merged = row(m, n, m, m);
-    MergeBatch reference;
-    reference.apply();
-    ASSERT_EQ(reference.outcome(), merged);
-
-    // What the requests end with when the k-th call at a point fails, for each k: the batch's
-    // blobs are read at once, so a failed read leaves them all as they came; a failed write
-    // hands that request its merged settings; a failed allocation (in call order: request 0's
-    // scratch block and enlargement, request 1's new settings, request 2's two scratch blocks,
-    // request 4's scratch block and enlargement, then its second scratch block) drops the
-    // entry being merged
-    struct Sweep {
-        hostfault::Point point;
-        const char* name;
-        std::vector<Strings> expected;
-    };
-    const Sweep sweeps[] = {
-            {hostfault::kQueueRead,
-             "read",
-             {row("queue:unchanged", n, "queue:unchanged", "queue:unchanged")}},
-            {hostfault::kQueueWrite,
-             "write",
-             {row("settings:merged", n, m, m), row(m, n, "settings:merged", m),
-              row(m, n, m, "settings:merged")}},
-            {hostfault::kMetadataAllocate,
-             "allocation",
-             {row("queue:crop only", n, m, m), row("queue:crop only", n, m, m),
-              row(m, "none", m, m), row(m, n, "queue:exposure only", m),
-              row(m, n, "queue:crop only", m), row(m, n, m, "queue:exposure only"),
-              row(m, n, m, "queue:exposure only"), row(m, n, m, "queue:crop only")}},
-    };
-    for (const Sweep& s : sweeps) {
-        // One past the last fault point the fault goes unspent and everything is merged
-        for (size_t k = 0; k <= s.expected.size(); ++k) {
-            SCOPED_TRACE(std::string(s.name) + " failing after " + std::to_string(k) + " calls");
-            // Given the batch, when it is merged with one call at the point failing
-            MergeBatch batch;
-            hostfault::arm(s.point, 1, static_cast<int>(k));
-            LogCapture::clear();
-            batch.apply();
-            hostfault::disarmAll();
-
-            // Then every queued blob is found once, whole and in request order, in the queue
-            // with fmqSettingsSize its size or in the request's settings, as expected
-            EXPECT_EQ(batch.outcome(), k < s.expected.size() ? s.expected[k] : merged);
-            // And only a failed write is logged as an error
-            int errors = 0;
-            for (const LogLine& l : LogCapture::linesWithTag(kCacheTag))
-                errors += l.priority == kError;
-            EXPECT_EQ(errors, s.point == hostfault::kQueueWrite && k < s.expected.size() ? 1 : 0);
-        }
-    }
-
-    // Bytes behind the batch's blobs leave the queue alone: going round the queue would put
-    // the merged blobs behind them
-    MergeBatch crowded;
-    crowded.queueBehind(settingsBlob(1, 0, 9));
-    crowded.apply();
-    Strings untouched = row("queue:unchanged", n, "queue:unchanged", "queue:unchanged");
-    untouched.push_back("EXTRA BYTES");
-    EXPECT_EQ(crowded.outcome(), untouched);
 }
 
 TEST_F(FaultInjectionTest, ListenerDyingMidOperationMissesTheRestOfIt) {

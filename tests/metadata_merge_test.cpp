@@ -1,9 +1,11 @@
-// Merging cached metadata into capture requests: queue blobs, new settings, failures, order.
+// Merging cached metadata into capture requests: queued blobs (edits, growth, malformed blobs,
+// order, every single fault), new settings, and requests left alone.
 #include <stdio.h>
 #include <string.h>
 
+#include <algorithm>
 #include <atomic>
-#include <ostream>
+#include <functional>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -11,104 +13,30 @@
 #include <system/camera_metadata.h>
 
 #include "CameraControlCache.h"
+#include "support/BlobBuilder.h"
 #include "support/CachePeer.h"
 #include "support/LogCapture.h"
 
 using namespace testing_support;
 using ::android::hardware::hidl_vec;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::CameraControlCache;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::RequestMetadataQueue;
-using CaptureRequest = CameraControlCache::CaptureRequest;
 using Peer = ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::
         CameraControlCacheTestPeer;
-using Bytes = std::vector<uint8_t>;
+using Items = std::vector<Item>;
+using Strings = std::vector<std::string>;
 
 namespace {
 
-constexpr uint32_t kExposureCompensation = 0x10001;  // int32 x1, always applied
-constexpr uint32_t kCropRegion = 0xD0000;            // int32 x4, always applied
-constexpr uint32_t kAeMode = 0x10003;                // byte
-constexpr uint32_t kAeTargetFpsRange = 0x10005;      // int32 x2
-constexpr uint32_t kAwbMode = 0x1000B;               // byte
-constexpr uint32_t kJpegOrientation = 0x70003;       // int32
-constexpr uint32_t kFocalLength = 0x80002;           // float
+constexpr uint32_t kExposure = ANDROID_CONTROL_AE_EXPOSURE_COMPENSATION;  // int32 x1
+constexpr uint32_t kCrop = ANDROID_SCALER_CROP_REGION;                    // int32 x4
+constexpr uint32_t kAeMode = ANDROID_CONTROL_AE_MODE;                     // byte
+constexpr uint32_t kFps = ANDROID_CONTROL_AE_TARGET_FPS_RANGE;            // int32 x2
+constexpr uint32_t kAwb = ANDROID_CONTROL_AWB_MODE;                       // byte
+constexpr uint32_t kMarker = ANDROID_JPEG_ORIENTATION;                    // int32: request mark
 
-// One metadata entry as the settings hold it.
-struct Item {
-    uint32_t tag;
-    uint8_t type;
-    Bytes bytes;
-    bool operator==(const Item& o) const {
-        return tag == o.tag && type == o.type && bytes == o.bytes;
-    }
-};
-
-std::ostream& operator<<(std::ostream& os, const Item& item) {
-    os << "{0x" << std::hex << item.tag << std::dec << " t" << int{item.type} << " [";
-    for (uint8_t b : item.bytes) os << int{b} << " ";
-    return os << "]}";
-}
-
-Item i32(uint32_t tag, std::vector<int32_t> values) {
-    Bytes bytes(values.size() * 4);
-    if (!values.empty()) memcpy(bytes.data(), values.data(), bytes.size());
-    return {tag, TYPE_INT32, bytes};
-}
-
-Item u8(uint32_t tag, Bytes values) {
-    return {tag, TYPE_BYTE, values};
-}
-
-const camera_metadata_t* meta(const Bytes& b) {
-    return reinterpret_cast<const camera_metadata_t*>(b.data());
-}
-
-// A settings blob with the given room holding the items in order.
-Bytes blob(size_t entryCapacity, size_t dataCapacity, const std::vector<Item>& items) {
-    Bytes bytes(calculate_camera_metadata_size(entryCapacity, dataCapacity));
-    camera_metadata_t* m =
-            place_camera_metadata(bytes.data(), bytes.size(), entryCapacity, dataCapacity);
-    for (const Item& item : items) {
-        EXPECT_EQ(
-                add_camera_metadata_entry(m, item.tag, item.bytes.data(),
-                                          item.bytes.size() / camera_metadata_type_size[item.type]),
-                0);
-    }
-    return bytes;
-}
-
-std::vector<Item> items(const Bytes& b) {
-    std::vector<Item> out;
-    for (size_t i = 0; i < get_camera_metadata_entry_count(meta(b)); ++i) {
-        camera_metadata_ro_entry_t e;
-        EXPECT_EQ(get_camera_metadata_ro_entry(meta(b), i, &e), 0);
-        const size_t size = e.count * camera_metadata_type_size[e.type];
-        out.push_back({e.tag, e.type, Bytes(e.data.u8, e.data.u8 + size)});
-    }
-    return out;
-}
-
-std::vector<Item> items(const hidl_vec<uint8_t>& settings) {
-    return items(Bytes(settings.begin(), settings.end()));
-}
-
-bool valid(const Bytes& b) {
-    const size_t size = b.size();
-    return validate_camera_metadata_structure(meta(b), &size) == 0 &&
-           get_camera_metadata_size(meta(b)) == size;
-}
-
-std::shared_ptr<RequestMetadataQueue> queueWith(const std::vector<Bytes>& blobs) {
-    auto queue = std::make_shared<RequestMetadataQueue>(1 << 16);
-    for (const Bytes& b : blobs) EXPECT_TRUE(queue->write(b.data(), b.size()));
-    return queue;
-}
-
-Bytes drain(RequestMetadataQueue& queue) {
-    Bytes bytes(queue.availableToRead());
-    EXPECT_TRUE(queue.read(bytes.data(), bytes.size()));
-    return bytes;
-}
+const Item kCropItem = i32(kCrop, {1, 2, 3, 4});
+const Item kExposureItem = i32(kExposure, {-2});
+const LogLine kUpdatedCrop = cacheLine(kInfo, "updating 0xd0000 metadata \n");
 
 // The queue's blobs, cut by the sizes the requests now claim; the queue must hold no more.
 std::vector<Bytes> blobsFor(RequestMetadataQueue& queue, const hidl_vec<CaptureRequest>& requests) {
@@ -117,7 +45,6 @@ std::vector<Bytes> blobsFor(RequestMetadataQueue& queue, const hidl_vec<CaptureR
     size_t at = 0;
     for (const CaptureRequest& r : requests) {
         if (r.fmqSettingsSize == 0) continue;
-        EXPECT_LE(at + r.fmqSettingsSize, all.size());
         if (at + r.fmqSettingsSize > all.size()) break;
         out.emplace_back(all.begin() + at, all.begin() + at + r.fmqSettingsSize);
         at += r.fmqSettingsSize;
@@ -126,13 +53,10 @@ std::vector<Bytes> blobsFor(RequestMetadataQueue& queue, const hidl_vec<CaptureR
     return out;
 }
 
-hidl_vec<CaptureRequest> queuedRequests(const std::vector<Bytes>& blobs) {
-    hidl_vec<CaptureRequest> requests(blobs.size());
-    for (size_t i = 0; i < blobs.size(); ++i) {
-        requests[i].frameNumber = static_cast<uint32_t>(i + 1);
-        requests[i].fmqSettingsSize = blobs[i].size();
-    }
-    return requests;
+std::string format(const char* fmt, size_t a, size_t b = 0) {
+    char text[200];
+    snprintf(text, sizeof(text), fmt, a, b);
+    return text;
 }
 
 class MetadataMergeTest : public ::testing::Test {
@@ -143,13 +67,8 @@ class MetadataMergeTest : public ::testing::Test {
     }
     void TearDown() override { hostfault::disarmAll(); }
 
-    void cacheCrop(std::vector<int32_t> crop) {
-        cache->setCameraMetaarray("0", kCropRegion, hidl_vec<int32_t>(crop));
-    }
-    void cacheBytes(uint32_t tag, Bytes values) {
-        cache->addMetaData(
-                "0",
-                {tag, ACAMERA_TYPE_BYTE, static_cast<uint32_t>(values.size()), {values.data()}});
+    void cacheItems(const Items& cached) {
+        for (const Item& item : cached) cache->addMetaData("0", asEntry(item));
     }
     void apply(hidl_vec<CaptureRequest>& requests, std::shared_ptr<RequestMetadataQueue> queue) {
         LogCapture::clear();
@@ -161,345 +80,413 @@ class MetadataMergeTest : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(MetadataMergeTest, QueuedSettingsGetTheCropRegionAppendedButNoOtherCachedTag) {
-    // Given a cached AE mode and crop region, and queued settings with room lacking both
-    cacheBytes(kAeMode, {1});
-    cacheCrop({10, 20, 30, 40});
-    const Bytes settings = blob(8, 64, {i32(kAeTargetFpsRange, {15, 30}), u8(kAwbMode, {1})});
-    auto queue = queueWith({settings});
-    hidl_vec<CaptureRequest> requests = queuedRequests({settings});
+TEST_F(MetadataMergeTest, QueuedBlobGetsOnlyTheAlwaysAppliedTagsInPlaceOrGrown) {
+    struct Row {
+        const char* what;
+        Items cached;
+        Bytes sent;
+        Items expected;
+        size_t entryCapacity, dataCapacity;  // of the blob written back
+        std::vector<LogLine> log;
+    };
+    const Item fps = i32(kFps, {15, 30}), awb = u8(kAwb, {1});
+    const Row rows[] = {
+            {"append with room",
+             {u8(kAeMode, {1}), kCropItem},
+             blob(8, 64, {fps, awb}),
+             {fps, awb, kCropItem},
+             8,
+             64,
+             {}},
+            {"update in place",
+             {kCropItem},
+             blob(2, 32, {i32(kCrop, {0, 0, 1280, 720}), awb}),
+             {kCropItem, awb},
+             2,
+             32,
+             {kUpdatedCrop}},
+            {"update that does not fit is skipped",
+             {i32(kCrop, {1, 2, 3, 4, 5, 6})},
+             blob(2, 16, {i32(kCrop, {0, 0, 1280, 720}), awb}),
+             {i32(kCrop, {0, 0, 1280, 720}), awb},
+             2,
+             16,
+             {}},
+            {"narrower cached values are not merged",
+             {u8(kCrop, {1, 2, 3, 4})},
+             blob(2, 16, {awb}),
+             {awb},
+             2,
+             16,
+             {}},
+            // Growth: twice the needed entries (count + 1) and data (count + 16), only of
+            // the room that runs out; the second tag then fits in the grown blob
+            {"grow: entry room only",
+             {kCropItem, kExposureItem},
+             blob(2, 64, {fps, awb}),
+             {fps, awb, kCropItem, kExposureItem},
+             6,
+             64,
+             {}},
+            {"grow: data room only",
+             {kCropItem, kExposureItem},
+             blob(4, 8, {fps}),
+             {fps, kCropItem, kExposureItem},
+             4,
+             48,
+             {}},
+            {"grow: both",
+             {kCropItem, kExposureItem},
+             blob(2, 8, {fps, awb}),
+             {fps, awb, kCropItem, kExposureItem},
+             6,
+             48,
+             {}},
+            {"grow: inline value still reserves 16 data bytes",
+             {kExposureItem},
+             blob(2, 8, {fps}),
+             {fps, kExposureItem},
+             2,
+             48,
+             {}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        // Given the cached items and one queued blob
+        Peer::reset();
+        cache = CameraControlCache::Instance();
+        cacheItems(row.cached);
+        auto queue = queueWith({row.sent});
+        hidl_vec<CaptureRequest> requests = queuedRequests({row.sent});
 
-    // When the batch is merged
-    apply(requests, queue);
+        // When the batch is merged
+        apply(requests, queue);
 
-    // Then the blob in the queue gained the crop region in place, silently
-    std::vector<Bytes> out = blobsFor(*queue, requests);
-    ASSERT_EQ(out.size(), 1u);
-    EXPECT_EQ(requests[0].fmqSettingsSize, settings.size());
-    EXPECT_TRUE(valid(out[0]));
-    EXPECT_EQ(items(out[0]), (std::vector<Item>{i32(kAeTargetFpsRange, {15, 30}), u8(kAwbMode, {1}),
-                                                i32(kCropRegion, {10, 20, 30, 40})}));
-    EXPECT_TRUE(requests[0].settings.size() == 0);
-    EXPECT_TRUE(LogCapture::linesWithTag(kCacheTag).empty());
+        // Then the queue holds the one merged blob, as the request now claims
+        std::vector<Bytes> out = blobsFor(*queue, requests);
+        ASSERT_EQ(out.size(), 1u);
+        EXPECT_TRUE(valid(out[0]));
+        EXPECT_EQ(items(out[0]), row.expected);
+        EXPECT_EQ(entryCapacity(out[0]), row.entryCapacity);
+        EXPECT_EQ(dataCapacity(out[0]), row.dataCapacity);
+        EXPECT_EQ(LogCapture::linesWithTag(kCacheTag), row.log);
+        EXPECT_EQ(requests[0].settings.size(), 0u);
+    }
 }
 
-TEST_F(MetadataMergeTest, CropRegionInTheQueuedSettingsIsReplacedInPlace) {
-    // Given queued settings that already hold a crop region
-    cacheCrop({10, 20, 30, 40});
-    const Bytes settings = blob(2, 32, {i32(kCropRegion, {0, 0, 1280, 720}), u8(kAwbMode, {1})});
-    auto queue = queueWith({settings});
-    hidl_vec<CaptureRequest> requests = queuedRequests({settings});
+TEST_F(MetadataMergeTest, MalformedBlobGoesBackUnchangedInItsPlaceWithAnError) {
+    cacheItems({u8(kAwb, {2}), kCropItem});
+    const Bytes good = blob(2, 16, {u8(kAwb, {1})});
+    const Bytes withCrop = blob(2, 24, {u8(kAwb, {1}), i32(kCrop, {0, 9})});
+    auto edit = [](Bytes b, size_t at, uint32_t value) {
+        memcpy(&b[at], &value, 4);
+        return b;
+    };
+    struct Row {
+        const char* why;
+        Bytes sent;
+    };
+    Bytes longer = good;
+    longer.resize(good.size() + 8);
+    const Row rows[] = {
+            {"is shorter than a header", Bytes(40, 0)},
+            {"has another size or version than claimed", longer},
+            {"has another size or version than claimed", edit(good, 4, 2)},
+            {"counts more than its capacities", edit(good, 12, 3)},
+            {"counts more than its capacities", edit(withCrop, 24, 32)},
+            // validates, yet an entry appended at it would not
+            {"has an unaligned data count", edit(withCrop, 24, 12)},
+            {"has an unexpected layout", edit(good, 20, 56)},
+            {"has an unexpected layout", edit(good, 32, 88)},
+            // the crop's data lies past the used data but inside the capacity: validates, yet
+            // resizing it moves a wrapped length on the platform
+            {"has a malformed entry 0xd0000", edit(withCrop, 48 + 16 + 8, 8)},
+            {"has a malformed entry 0xd0000", edit(withCrop, 48 + 16 + 8, 4)},
+            {"has a malformed entry 0xd0000", edit(withCrop, 48 + 16 + 12, TYPE_FLOAT)},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        // Given a malformed blob between two sound ones
+        auto queue = queueWith({good, row.sent, good});
+        hidl_vec<CaptureRequest> requests = queuedRequests({good, row.sent, good});
 
-    // When the batch is merged
-    apply(requests, queue);
+        // When the batch is merged
+        apply(requests, queue);
 
-    // Then its values are replaced, the size stays, and the update is logged
-    std::vector<Bytes> out = blobsFor(*queue, requests);
-    ASSERT_EQ(out.size(), 1u);
-    EXPECT_EQ(out[0].size(), settings.size());
-    EXPECT_EQ(items(out[0]),
-              (std::vector<Item>{i32(kCropRegion, {10, 20, 30, 40}), u8(kAwbMode, {1})}));
-    EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
-              (std::vector<LogLine>{cacheLine(kInfo, "updating 0xd0000 metadata \n")}));
+        // Then the malformed blob keeps its bytes, place and size, the others are merged
+        std::vector<Bytes> out = blobsFor(*queue, requests);
+        ASSERT_EQ(out.size(), 3u);
+        EXPECT_EQ(out[1], row.sent);
+        EXPECT_EQ(requests[1].fmqSettingsSize, row.sent.size());
+        EXPECT_EQ(items(out[0]), (Items{u8(kAwb, {1}), kCropItem}));
+        EXPECT_EQ(out[2], out[0]);
+        const std::string expected = "request 2: settings blob of " +
+                                     std::to_string(row.sent.size()) + " bytes in the queue " +
+                                     row.why + "; passed on unchanged\n";
+        EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
+                  (std::vector<LogLine>{cacheLine(kError, expected)}));
+    }
 }
 
-TEST_F(MetadataMergeTest, TwoQueuedRequestsEachGetBothTagsWithTheirBlobsInRequestOrder) {
-    // Given both always-applied tags cached and two queued blobs, the second holding one tag
-    cache->setCameraMetadata("0", kExposureCompensation, -2);
-    cacheCrop({1, 2, 3, 4});
-    const Bytes first = blob(4, 32, {u8(kAwbMode, {1})});
-    const Bytes second = blob(4, 32, {u8(kAwbMode, {2}), i32(kExposureCompensation, {0})});
+TEST_F(MetadataMergeTest, BatchBlobsEachGetBothTagsInRequestOrderAsFromOneAppendPerEntry) {
+    // Given both tags cached and two queued blobs, the second already holding one tag, and a
+    // lone request given the same entries by one appendAlwaysMetadata call each
+    cacheItems({kExposureItem, kCropItem});
+    const Bytes first = blob(1, 8, {u8(kAwb, {1})});
+    const Bytes second = blob(4, 32, {u8(kAwb, {2}), i32(kExposure, {0})});
     auto queue = queueWith({first, second});
     hidl_vec<CaptureRequest> requests = queuedRequests({first, second});
+    auto loneQueue = queueWith({first});
+    hidl_vec<CaptureRequest> lone = queuedRequests({first});
 
-    // When the batch is merged
+    // When the batch is merged, and the lone request entry by entry
     apply(requests, queue);
+    cache->appendAlwaysMetadata(loneQueue, lone[0], asEntry(kExposureItem));
+    cache->appendAlwaysMetadata(loneQueue, lone[0], asEntry(kCropItem));
 
-    // Then each request's blob carries both tags and the blobs stand in request order
+    // Then each blob carries both tags, in request order, and the lone one the same bytes
     std::vector<Bytes> out = blobsFor(*queue, requests);
     ASSERT_EQ(out.size(), 2u);
-    EXPECT_EQ(items(out[0]), (std::vector<Item>{u8(kAwbMode, {1}), i32(kExposureCompensation, {-2}),
-                                                i32(kCropRegion, {1, 2, 3, 4})}));
-    EXPECT_EQ(items(out[1]), (std::vector<Item>{u8(kAwbMode, {2}), i32(kExposureCompensation, {-2}),
-                                                i32(kCropRegion, {1, 2, 3, 4})}));
+    EXPECT_EQ(items(out[0]), (Items{u8(kAwb, {1}), kExposureItem, kCropItem}));
+    EXPECT_EQ(items(out[1]), (Items{u8(kAwb, {2}), kExposureItem, kCropItem}));
+    EXPECT_EQ(blobsFor(*loneQueue, lone), std::vector<Bytes>{out[0]});
     EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
               (std::vector<LogLine>{cacheLine(kInfo, "updating 0x10001 metadata \n")}));
 }
 
-TEST_F(MetadataMergeTest, LoneRequestGetsTheSameBytesAsFromOneAppendPerEntry) {
-    // Given both tags cached, crop region first, and a full blob, so that the settings grow
-    cacheCrop({1, 2, 3, 4});
-    cache->setCameraMetadata("0", kExposureCompensation, 5);
-    const Bytes full = blob(2, 8, {u8(kAwbMode, {1}), i32(kAeTargetFpsRange, {15, 30})});
-    auto merged = queueWith({full});
-    hidl_vec<CaptureRequest> batch = queuedRequests({full});
-    auto appended = queueWith({full});
-    hidl_vec<CaptureRequest> lone = queuedRequests({full});
-
-    // When the batch is merged, and the same request gets one append per entry in list order
-    apply(batch, merged);
-    int32_t crop[] = {1, 2, 3, 4};
-    int32_t compensation = 5;
-    ACameraMetadata_entry cropEntry{kCropRegion, ACAMERA_TYPE_INT32, 4, {nullptr}};
-    cropEntry.data.i32 = crop;
-    ACameraMetadata_entry compensationEntry{
-            kExposureCompensation, ACAMERA_TYPE_INT32, 1, {nullptr}};
-    compensationEntry.data.i32 = &compensation;
-    cache->appendAlwaysMetadata(appended, lone[0], cropEntry);
-    cache->appendAlwaysMetadata(appended, lone[0], compensationEntry);
-
-    // Then both give the same bytes: the first append grew the settings to twice the room
-    // needed (entries (2 + 1) x 2, data (8 + 16) x 2), keeping the earlier entries first
-    std::vector<Bytes> out = blobsFor(*merged, batch);
-    std::vector<Bytes> reference = blobsFor(*appended, lone);
-    ASSERT_EQ(out.size(), 1u);
-    ASSERT_EQ(reference.size(), 1u);
-    EXPECT_EQ(out[0], reference[0]);
-    EXPECT_EQ(batch[0].fmqSettingsSize, lone[0].fmqSettingsSize);
-    EXPECT_EQ(batch[0].fmqSettingsSize, calculate_camera_metadata_size(6, 48));
-    EXPECT_EQ(get_camera_metadata_entry_capacity(meta(out[0])), 6u);
-    EXPECT_EQ(get_camera_metadata_data_capacity(meta(out[0])), 48u);
-    EXPECT_TRUE(valid(out[0]));
-    EXPECT_EQ(items(out[0]),
-              (std::vector<Item>{u8(kAwbMode, {1}), i32(kAeTargetFpsRange, {15, 30}),
-                                 i32(kCropRegion, {1, 2, 3, 4}), i32(kExposureCompensation, {5})}));
-}
-
-TEST_F(MetadataMergeTest, RequestsWithoutSettingsGetEveryCachedEntryInListOrder) {
-    // Given entries of several types, one the library does not know, one whose values are
-    // narrower than its tag's, and no queue
-    cache->setCameraMetadata("0", kExposureCompensation, -2);
-    cacheBytes(kAeMode, {1});
-    cache->setCameraMetadata("0", 0x300000, 9);
-    cacheBytes(kJpegOrientation, {90});
-    cacheCrop({1, 2, 3, 4});
+TEST_F(MetadataMergeTest, RequestsWithoutSettingsGetEveryCachedEntryOthersAreLeftAlone) {
+    // Given entries of several types, one of a tag the library does not know, and no queue
     float focal = 4.5f;
-    ACameraMetadata_entry focalEntry{kFocalLength, ACAMERA_TYPE_FLOAT, 1, {nullptr}};
-    focalEntry.data.f = &focal;
-    cache->addMetaData("0", focalEntry);
-    hidl_vec<CaptureRequest> requests(3);
+    Item focalItem{ANDROID_LENS_FOCAL_LENGTH, TYPE_FLOAT, Bytes(4)};
+    memcpy(focalItem.bytes.data(), &focal, 4);
+    cacheItems({kExposureItem, u8(kAeMode, {1}), i32(0x300000, {9}), kCropItem, focalItem});
+    hidl_vec<CaptureRequest> requests(4);
     requests[1].fmqSettingsSize = 100;
+    requests[3].settings = hidl_vec<uint8_t>{1, 2, 3};
+    const uint8_t* own = requests[3].settings.data();
 
     // When the batch is merged
     apply(requests, nullptr);
 
-    // Then each request without settings owns a new block of 1000 entries and 1000 bytes
-    // holding every entry the library takes, in list order; the queued request is untouched
-    Bytes focalBytes(4);
-    memcpy(focalBytes.data(), &focal, 4);
-    const std::vector<Item> expected{i32(kExposureCompensation, {-2}),
-                                     u8(kAeMode, {1}),
-                                     i32(kCropRegion, {1, 2, 3, 4}),
-                                     {kFocalLength, TYPE_FLOAT, focalBytes}};
+    // Then each request without settings owns a new 1000-entry, 1000-byte block holding every
+    // entry the library takes, in list order; the queued and the self-carried ones are as sent
     for (size_t i : {0, 2}) {
-        ASSERT_EQ(requests[i].settings.size(), calculate_camera_metadata_size(1000, 1000));
-        EXPECT_EQ(requests[i].fmqSettingsSize, 0u);
-        EXPECT_TRUE(valid(Bytes(requests[i].settings.begin(), requests[i].settings.end())));
-        EXPECT_EQ(items(requests[i].settings), expected);
+        const Bytes settings(requests[i].settings.begin(), requests[i].settings.end());
+        EXPECT_EQ(settings.size(), calculate_camera_metadata_size(1000, 1000));
+        EXPECT_TRUE(valid(settings));
+        EXPECT_EQ(items(settings), (Items{kExposureItem, u8(kAeMode, {1}), kCropItem, focalItem}));
     }
     EXPECT_NE(requests[0].settings.data(), requests[2].settings.data());
     EXPECT_EQ(requests[1].fmqSettingsSize, 100u);
     EXPECT_EQ(requests[1].settings.size(), 0u);
-    EXPECT_TRUE(LogCapture::linesWithTag(kCacheTag).empty());
-}
-
-TEST_F(MetadataMergeTest, OwnSettingsNoListOrNoBatchLeaveEverythingUntouchedWithoutAllocating) {
-    // Given a request with its own settings, one without, and a queued one
-    cacheCrop({1, 2, 3, 4});
-    const Bytes settings = blob(2, 0, {u8(kAwbMode, {1})});
-    auto queue = queueWith({settings});
-    hidl_vec<CaptureRequest> requests(3);
-    requests[0].settings = hidl_vec<uint8_t>{1, 2, 3};
-    const uint8_t* own = requests[0].settings.data();
-    requests[2].fmqSettingsSize = settings.size();
-
-    // When a camera without a list is merged, and an empty batch of a camera with one,
-    // with the next metadata allocation armed to fail
-    hostfault::arm(hostfault::kMetadataAllocate, 1);
-    LogCapture::clear();
-    cache->applyMetaData("device@3.2/internal/4", requests, queue);
-    hidl_vec<CaptureRequest> none;
-    cache->applyMetaData("0", none, queue);
-
-    // Then nothing changed and no metadata block was even asked for: the fault is unspent
-    camera_metadata_t* probe = allocate_camera_metadata(1, 1);
-    EXPECT_EQ(probe, nullptr);
-    free_camera_metadata(probe);
-    EXPECT_EQ(requests[0].settings.data(), own);
-    EXPECT_EQ(std::vector<uint8_t>(requests[0].settings), (Bytes{1, 2, 3}));
-    EXPECT_EQ(requests[1].settings.size(), 0u);
-    EXPECT_EQ(requests[2].fmqSettingsSize, settings.size());
-    EXPECT_EQ(drain(*queue), settings);
+    EXPECT_EQ(requests[3].settings.data(), own);
     EXPECT_TRUE(LogCapture::lines().empty());
-    EXPECT_FALSE(Peer::hasCamera("4"));
 
-    // And a request with its own settings stays as it is when the camera has a list
-    cache->applyMetaData("0", requests, nullptr);
-    EXPECT_EQ(requests[0].settings.data(), own);
-}
-
-TEST_F(MetadataMergeTest, EmptiedListStillGivesEmptySettingsUntilTheCameraIsRemoved) {
-    // Given a camera whose only entry was removed
-    cacheCrop({1, 2, 3, 4});
-    cache->removeMetaData("0", kCropRegion);
-    hidl_vec<CaptureRequest> requests(1);
-
-    // When merged, the request gets a block without entries
-    apply(requests, nullptr);
-    ASSERT_EQ(requests[0].settings.size(), calculate_camera_metadata_size(1000, 1000));
-    EXPECT_TRUE(items(requests[0].settings).empty());
-
-    // When the camera is removed, a request is left alone
+    // And once the list is emptied the block has no entries; once the camera is removed,
+    // nothing is given
+    cache->removeCamera("0");
+    cacheItems({kCropItem});
+    cache->removeMetaData("0", kCrop);
+    hidl_vec<CaptureRequest> emptied(1);
+    apply(emptied, nullptr);
+    EXPECT_TRUE(items(Bytes(emptied[0].settings.begin(), emptied[0].settings.end())).empty());
     cache->removeCamera("0");
     hidl_vec<CaptureRequest> later(1);
     apply(later, nullptr);
     EXPECT_EQ(later[0].settings.size(), 0u);
 }
 
-TEST_F(MetadataMergeTest, FailedWriteZeroesTheSizeAndHandsTheBlobToTheRequest) {
-    // Given two queued requests and the first write back failing
-    cacheCrop({1, 2, 3, 4});
-    const Bytes first = blob(2, 16, {u8(kAwbMode, {1})});
-    const Bytes second = blob(2, 16, {u8(kAwbMode, {2})});
-    auto queue = queueWith({first, second});
-    hidl_vec<CaptureRequest> requests = queuedRequests({first, second});
-    hostfault::arm(hostfault::kQueueWrite, 1);
-
-    // When the batch is merged
-    apply(requests, queue);
-
-    // Then the first request no longer claims a queued blob but carries its merged settings,
-    // and the queue holds exactly the second request's blob
-    EXPECT_EQ(requests[0].fmqSettingsSize, 0u);
-    EXPECT_EQ(requests[0].settings.size(), first.size());
-    EXPECT_EQ(items(requests[0].settings),
-              (std::vector<Item>{u8(kAwbMode, {1}), i32(kCropRegion, {1, 2, 3, 4})}));
-    std::vector<Bytes> out = blobsFor(*queue, requests);
-    ASSERT_EQ(out.size(), 1u);
-    EXPECT_EQ(items(out[0]),
-              (std::vector<Item>{u8(kAwbMode, {2}), i32(kCropRegion, {1, 2, 3, 4})}));
-    EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
-              (std::vector<LogLine>{cacheLine(kError,
-                                              "request 1: settings could not be written back to "
-                                              "the queue; moved to the request\n")}));
-}
-
-TEST_F(MetadataMergeTest, QueueHoldingLessThanTheBatchClaimsIsLeftAlone) {
-    // Given two queued requests but only the first blob in the queue
-    cacheCrop({1, 2, 3, 4});
-    const Bytes first = blob(2, 16, {u8(kAwbMode, {1})});
-    auto queue = queueWith({first});
-    hidl_vec<CaptureRequest> requests = queuedRequests({first, first});
-
-    // When the batch is merged
-    apply(requests, queue);
-
-    // Then nothing is read or written, and the mismatch is logged
-    EXPECT_EQ(requests[1].fmqSettingsSize, first.size());
-    EXPECT_EQ(drain(*queue), first);
-    char text[160];
-    snprintf(text, sizeof(text),
-             "camera [0] requests claim %zu settings bytes, the queue holds %zu; settings in the "
-             "queue left unchanged\n",
-             2 * first.size(), first.size());
-    EXPECT_EQ(LogCapture::linesWithTag(kCacheTag), (std::vector<LogLine>{cacheLine(kError, text)}));
-}
-
-TEST_F(MetadataMergeTest, MalformedBlobsArePassedOnUnchangedAndTheNextIsStillMerged) {
-    cacheCrop({1, 2, 3, 4});
-    const Bytes good = blob(2, 16, {u8(kAwbMode, {1})});
-    const size_t size = good.size();
-
-    Bytes longer = good;  // claims more bytes than its header counts
-    longer.resize(size + 8);
-    Bytes badType = good;  // its entry's type is not the tag's
-    badType[48 + 12] = TYPE_INT32;
-    Bytes moved = good;  // the entry table starts 8 bytes late, which validation lets through
-    memmove(&moved[56], &moved[48], 16);
-    moved[20] = 56;
-    const Bytes shortHeader(40, 0);
-
-    struct Case {
-        Bytes bytes;
-        std::string why;
-    };
-    char text[160];
-    for (const Case& c :
-         {Case{longer, "has another size than claimed"}, Case{badType, "does not validate"},
-          Case{moved, "has an unexpected layout"}, Case{shortHeader, "does not validate"}}) {
-        SCOPED_TRACE(c.why);
-        // Given a malformed blob followed by a sound one
-        auto queue = queueWith({c.bytes, good});
-        hidl_vec<CaptureRequest> requests = queuedRequests({c.bytes, good});
-
-        // When the batch is merged
-        apply(requests, queue);
-
-        // Then the malformed blob keeps its bytes, place and size, and the next is merged
-        std::vector<Bytes> out = blobsFor(*queue, requests);
-        ASSERT_EQ(out.size(), 2u);
-        EXPECT_EQ(out[0], c.bytes);
-        EXPECT_EQ(requests[0].fmqSettingsSize, c.bytes.size());
-        EXPECT_EQ(items(out[1]),
-                  (std::vector<Item>{u8(kAwbMode, {1}), i32(kCropRegion, {1, 2, 3, 4})}));
-        snprintf(text, sizeof(text),
-                 "request 1: settings blob of %zu bytes in the queue %s; passed on unchanged\n",
-                 c.bytes.size(), c.why.c_str());
-        EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
-                  (std::vector<LogLine>{cacheLine(kError, text)}));
-    }
-}
-
-TEST_F(MetadataMergeTest, CachedValuesNarrowerThanTheTagAreNotMerged) {
-    // Given a crop region cached as four bytes, where the library reads four 32-bit integers
-    cacheBytes(kCropRegion, {1, 2, 3, 4});
-    const Bytes holding = blob(2, 16, {i32(kCropRegion, {0, 0, 1280, 720})});
-    const Bytes lacking = blob(2, 16, {u8(kAwbMode, {1})});
-    auto queue = queueWith({holding, lacking});
-    hidl_vec<CaptureRequest> requests = queuedRequests({holding, lacking});
-
-    // When the batch is merged
-    apply(requests, queue);
-
-    // Then neither blob changes and nothing past the cached bytes was read
-    EXPECT_EQ(blobsFor(*queue, requests), (std::vector<Bytes>{holding, lacking}));
-    EXPECT_TRUE(LogCapture::linesWithTag(kCacheTag).empty());
-}
-
-TEST_F(MetadataMergeTest, AppendAlwaysMetadataAloneNeedsAQueueAndQueuedSettings) {
-    int32_t crop[] = {1, 2, 3, 4};
-    ACameraMetadata_entry entry{kCropRegion, ACAMERA_TYPE_INT32, 4, {nullptr}};
-    entry.data.i32 = crop;
-    const Bytes settings = blob(2, 16, {u8(kAwbMode, {1})});
+TEST_F(MetadataMergeTest, NoListNoBatchOrAQueueNotHoldingTheBatchChangesNothing) {
+    cacheItems({kCropItem});
+    const Bytes settings = blob(2, 16, {u8(kAwb, {1})});
     auto queue = queueWith({settings});
+    hidl_vec<CaptureRequest> requests = queuedRequests({settings, settings});
+    hidl_vec<CaptureRequest> none;
+
+    // When a camera without a list, an empty batch, and a batch claiming two blobs where the
+    // queue holds one, are merged with the next metadata allocation armed to fail
+    hostfault::arm(hostfault::kMetadataAllocate, 1);
+    LogCapture::clear();
+    cache->applyMetaData("device@3.2/internal/4", requests, queue);
+    cache->applyMetaData("0", none, queue);
+    cache->applyMetaData("0", requests, queue);
+
+    // Then nothing changed, no block was asked for, no camera was made, and only the
+    // mismatch is logged
+    EXPECT_EQ(allocate_camera_metadata(1, 1), nullptr);
+    EXPECT_EQ(requests[1].fmqSettingsSize, settings.size());
+    EXPECT_EQ(drain(*queue), settings);
+    EXPECT_FALSE(Peer::hasCamera("4"));
+    EXPECT_EQ(LogCapture::lines(),
+              (std::vector<LogLine>{cacheLine(
+                      kError, format("camera [0] requests claim %zu settings bytes, the queue "
+                                     "holds %zu; settings in the queue left unchanged\n",
+                                     2 * settings.size(), settings.size()))}));
+
+    // And appendAlwaysMetadata merges any tag into the queued settings, but needs a queue and
+    // settings in it
     CaptureRequest request{};
-
-    // Without a queue, or with settings not in the queue, nothing happens
     request.fmqSettingsSize = settings.size();
-    cache->appendAlwaysMetadata(nullptr, request, entry);
+    queue = queueWith({settings});
+    cache->appendAlwaysMetadata(queue, request, asEntry(u8(kAeMode, {2})));
+    const Bytes merged = drain(*queue);
+    EXPECT_EQ(items(merged), (Items{u8(kAwb, {1}), u8(kAeMode, {2})}));
+    queue = queueWith({merged});
+    LogCapture::clear();
+    cache->appendAlwaysMetadata(nullptr, request, asEntry(kCropItem));
     request.fmqSettingsSize = 0;
-    cache->appendAlwaysMetadata(queue, request, entry);
-    EXPECT_EQ(queue->availableToRead(), settings.size());
+    cache->appendAlwaysMetadata(queue, request, asEntry(kCropItem));
+    request.fmqSettingsSize = uint64_t{1} << 62;  // more than the queue holds: nothing is read
+    cache->appendAlwaysMetadata(queue, request, asEntry(kCropItem));
+    EXPECT_EQ(drain(*queue), merged);
+    EXPECT_TRUE(LogCapture::lines().empty());
+}
 
-    // With both, the entry is merged into the blob whatever its tag
-    request.fmqSettingsSize = settings.size();
-    uint8_t mode = 2;
-    ACameraMetadata_entry aeMode{kAeMode, ACAMERA_TYPE_BYTE, 1, {&mode}};
-    cache->appendAlwaysMetadata(queue, request, aeMode);
-    Bytes out = drain(*queue);
-    EXPECT_EQ(items(out), (std::vector<Item>{u8(kAwbMode, {1}), u8(kAeMode, {2})}));
+namespace {
+
+// One batch: three queued requests (one holding the crop in exact room, one with room to spare,
+// one with no room), one without settings and one with its own. The camera caches both
+// always-applied tags and an AE mode.
+class MergeBatch {
+  public:
+    MergeBatch() {
+        mBlobs = {blob(2, 16, {i32(kMarker, {0}), i32(kCrop, {0, 0, 640, 360})}),
+                  blob(8, 64, {i32(kMarker, {2})}), blob(1, 0, {i32(kMarker, {4})})};
+        mOwn = blob(1, 0, {i32(kMarker, {3})});
+        mQueue = queueWith(mBlobs);
+        mRequests.resize(5);
+        for (size_t i : {0, 2, 4}) mRequests[i].fmqSettingsSize = mBlobs[i / 2].size();
+        for (size_t i = 0; i < 5; ++i) mRequests[i].frameNumber = i;
+        mRequests[3].settings = mOwn;
+    }
+
+    void apply() { CameraControlCache::Instance()->applyMetaData("0", mRequests, mQueue); }
+    void queueBehind(const Bytes& bytes) { mQueue->write(bytes.data(), bytes.size()); }
+
+    // What the session finds for each request when it reads the settings as usual; "LOST",
+    // "OUT OF ORDER", "BROKEN" or "EXTRA BYTES" when a blob did not survive.
+    Strings outcome() {
+        Strings out;
+        for (size_t i = 0; i < mRequests.size(); ++i) {
+            const CaptureRequest& r = mRequests[i];
+            Bytes found(r.settings.begin(), r.settings.end());
+            if (i == 3) {
+                out.push_back(found == mOwn ? "own" : "OWN CHANGED");
+                continue;
+            }
+            if (i == 1) {
+                out.push_back(found.empty() ? "none" : std::to_string(items(found).size()));
+                continue;
+            }
+            std::string where = "settings";
+            if (r.fmqSettingsSize != 0) {
+                found.resize(r.fmqSettingsSize);
+                if (!mQueue->read(found.data(), found.size())) return {"LOST"};
+                where = "queue";
+            }
+            if (!valid(found)) return {"BROKEN " + std::to_string(i)};
+            const Items got = items(found);
+            if (!(got[0] == i32(kMarker, {static_cast<int32_t>(i)}))) return {"OUT OF ORDER"};
+            const bool crop = std::count(got.begin(), got.end(), kCropItem) != 0;
+            const bool exposure = std::count(got.begin(), got.end(), kExposureItem) != 0;
+            out.push_back(where + ":" +
+                          (found == mBlobs[i / 2] ? "unchanged"
+                           : crop && exposure     ? "merged"
+                           : crop                 ? "crop only"
+                                                  : "exposure only"));
+        }
+        if (mQueue->availableToRead() != 0) out.push_back("EXTRA BYTES");
+        return out;
+    }
+
+  private:
+    std::vector<Bytes> mBlobs;
+    Bytes mOwn;
+    std::shared_ptr<RequestMetadataQueue> mQueue;
+    hidl_vec<CaptureRequest> mRequests;
+};
+
+}  // namespace
+
+TEST_F(MetadataMergeTest, EverySingleFaultKeepsEachQueuedBlobOnceWholeAndInOrder) {
+    // Given the camera's entries, and the batch merged without a fault
+    cacheItems({kCropItem, kExposureItem, u8(kAeMode, {1})});
+    const std::string m = "queue:merged", n = "3";
+    auto row = [](std::string r0, std::string r1, std::string r2, std::string r4) {
+        return Strings{r0, r1, r2, "own", r4};
+    };
+    const Strings merged = row(m, n, m, m);
+    MergeBatch reference;
+    reference.apply();
+    ASSERT_EQ(reference.outcome(), merged);
+
+    // What the requests end with when the k-th call at a point fails: the batch's blobs are
+    // read at once, so a failed read leaves them all as sent; a failed write hands that
+    // request its merged settings; a failed allocation (request 0's growth, request 1's new
+    // settings, request 4's growth for the crop, then for the exposure) drops that entry
+    struct Sweep {
+        hostfault::Point point;
+        std::vector<Strings> expected;
+    };
+    const Sweep sweeps[] = {
+            {hostfault::kQueueRead,
+             {row("queue:unchanged", n, "queue:unchanged", "queue:unchanged")}},
+            {hostfault::kQueueWrite,
+             {row("settings:merged", n, m, m), row(m, n, "settings:merged", m),
+              row(m, n, m, "settings:merged")}},
+            {hostfault::kMetadataAllocate,
+             {row("queue:crop only", n, m, m), row(m, "none", m, m),
+              row(m, n, m, "queue:exposure only")}},
+    };
+    for (const Sweep& s : sweeps) {
+        for (size_t k = 0; k <= s.expected.size(); ++k) {
+            SCOPED_TRACE("point " + std::to_string(s.point) + " failing after " +
+                         std::to_string(k) + " calls");
+            MergeBatch batch;
+            hostfault::arm(s.point, 1, static_cast<int>(k));
+            LogCapture::clear();
+            batch.apply();
+            hostfault::disarmAll();
+
+            // Then one past the last fault point everything is merged; only a failed write
+            // is logged as an error
+            const bool failed = k < s.expected.size();
+            EXPECT_EQ(batch.outcome(), failed ? s.expected[k] : merged);
+            std::vector<LogLine> errors;
+            for (const LogLine& l : LogCapture::linesWithTag(kCacheTag)) {
+                if (l.priority == kError) errors.push_back(l);
+            }
+            std::vector<LogLine> expectedErrors;
+            if (failed && s.point == hostfault::kQueueWrite) {
+                expectedErrors.push_back(cacheLine(
+                        kError, format("request %zu: settings could not be written back to the "
+                                       "queue; moved to the request\n",
+                                       2 * k)));
+            }
+            EXPECT_EQ(errors, expectedErrors);
+        }
+    }
+
+    // Bytes behind the batch's blobs leave the queue alone: going round the queue would put
+    // the merged blobs behind them
+    MergeBatch crowded;
+    crowded.queueBehind(blob(1, 0, {i32(kMarker, {9})}));
+    crowded.apply();
+    Strings untouched = row("queue:unchanged", n, "queue:unchanged", "queue:unchanged");
+    untouched.push_back("EXTRA BYTES");
+    EXPECT_EQ(crowded.outcome(), untouched);
 }
 
 TEST_F(MetadataMergeTest, ConcurrencyOfWritersAndMergesKeepsEveryMergedCropWhole) {
     // Given a thread rewriting the cached crop region while another merges batches
-    cacheCrop({0, 0, 0, 0});
+    cache->setCameraMetaarray("0", kCrop, hidl_vec<int32_t>{0, 0, 0, 0});
     std::atomic<bool> done{false};
     std::thread writer([this, &done] {
-        for (int32_t i = 1; !done; ++i) cacheCrop({i, i, i, i});
+        for (int32_t i = 1; !done; ++i) cache->setCameraMetaarray("0", kCrop, {i, i, i, i});
     });
 
     // When batches of two queued requests are merged meanwhile
-    const Bytes settings = blob(4, 32, {u8(kAwbMode, {1})});
+    const Bytes settings = blob(4, 32, {u8(kAwb, {1})});
     for (int round = 0; round < 200; ++round) {
         auto queue = queueWith({settings, settings});
         hidl_vec<CaptureRequest> requests = queuedRequests({settings, settings});
@@ -508,7 +495,7 @@ TEST_F(MetadataMergeTest, ConcurrencyOfWritersAndMergesKeepsEveryMergedCropWhole
         // Then every blob holds one whole crop region, the same in both
         std::vector<Bytes> out = blobsFor(*queue, requests);
         ASSERT_EQ(out.size(), 2u);
-        std::vector<Item> got = items(out[0]);
+        Items got = items(out[0]);
         ASSERT_EQ(got.size(), 2u);
         int32_t v[4];
         memcpy(v, got[1].bytes.data(), sizeof(v));

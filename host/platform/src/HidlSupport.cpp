@@ -71,15 +71,6 @@ void hidl_string::clear() {
     mOwnsBuffer = false;
 }
 
-void hidl_string::setToExternal(const char* data, size_t size) {
-    if (size > UINT32_MAX) details::logAlwaysFatal("string size can't exceed 2^32 bytes.");
-    if (data[size] != '\0') details::logAlwaysFatal("Check failed: data[size] == '\\0'");
-    clear();
-    mBuffer = data;
-    mSize = static_cast<uint32_t>(size);
-    mOwnsBuffer = false;
-}
-
 void hidl_string::copyFrom(const char* data, size_t size) {
     if (size > UINT32_MAX) details::logAlwaysFatal("string size can't exceed 2^32 bytes.");
     char* buffer = static_cast<char*>(malloc(size + 1));
@@ -124,9 +115,6 @@ bool operator==(const hidl_string& a, const std::string& b) {
 }
 bool operator==(const std::string& a, const hidl_string& b) {
     return b == a;
-}
-bool operator<(const hidl_string& a, const hidl_string& b) {
-    return compare(a, b.c_str(), b.size()) < 0;
 }
 
 }  // namespace hardware

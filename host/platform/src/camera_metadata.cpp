@@ -1,6 +1,7 @@
 // Camera metadata buffers: layout, allocation, entry add/find/update, append and validation.
 #include <system/camera_metadata.h>
 
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -145,6 +146,19 @@ camera_metadata_t* allocate(size_t entry_capacity, size_t data_capacity) {
     return m;
 }
 
+// Where the platform library would crash or corrupt memory, the stand-in stops the process and
+// names the case, so that a product path reaching it shows up in host tests and fuzzers.
+[[noreturn]] void undefinedOnPlatform(const char* call, const char* what) {
+    fprintf(stderr, "camera_metadata: %s: %s (undefined behaviour on the platform)\n", call, what);
+    abort();
+}
+
+const Header& checkedHeader(const camera_metadata_t* m, const char* call, Header& h) {
+    if (m == nullptr) undefinedOnPlatform(call, "NULL metadata");
+    h = readHeader(m);
+    return h;
+}
+
 // The platform's bsearch over the tags: any matching entry of a sorted table.
 bool binarySearch(const camera_metadata_t* m, const Header& h, uint32_t tag, size_t* index) {
     size_t lo = 0, hi = h.entry_count;
@@ -198,27 +212,24 @@ size_t get_camera_metadata_size(const camera_metadata_t* metadata) {
     return readHeader(metadata).size;
 }
 
-size_t get_camera_metadata_compact_size(const camera_metadata_t* metadata) {
-    if (metadata == nullptr) return ERROR;
-    Header h = readHeader(metadata);
-    return calculate_camera_metadata_size(h.entry_count, h.data_count);
-}
-
-// The platform does not check for NULL here; 0 is the defined answer of this stand-in.
 size_t get_camera_metadata_entry_count(const camera_metadata_t* metadata) {
-    return metadata ? readHeader(metadata).entry_count : 0;
+    Header h;
+    return checkedHeader(metadata, __func__, h).entry_count;
 }
 
 size_t get_camera_metadata_entry_capacity(const camera_metadata_t* metadata) {
-    return metadata ? readHeader(metadata).entry_capacity : 0;
+    Header h;
+    return checkedHeader(metadata, __func__, h).entry_capacity;
 }
 
 size_t get_camera_metadata_data_count(const camera_metadata_t* metadata) {
-    return metadata ? readHeader(metadata).data_count : 0;
+    Header h;
+    return checkedHeader(metadata, __func__, h).data_count;
 }
 
 size_t get_camera_metadata_data_capacity(const camera_metadata_t* metadata) {
-    return metadata ? readHeader(metadata).data_capacity : 0;
+    Header h;
+    return checkedHeader(metadata, __func__, h).data_capacity;
 }
 
 int validate_camera_metadata_structure(const camera_metadata_t* metadata,
@@ -301,17 +312,6 @@ int append_camera_metadata(camera_metadata_t* dst, const camera_metadata_t* src)
     if (d.vendor_id == CAMERA_METADATA_INVALID_VENDOR_ID) d.vendor_id = s.vendor_id;
     writeHeader(dst, d);
     return OK;
-}
-
-camera_metadata_t* clone_camera_metadata(const camera_metadata_t* src) {
-    if (src == nullptr) return nullptr;
-    camera_metadata_t* clone = allocate_camera_metadata(get_camera_metadata_entry_count(src),
-                                                        get_camera_metadata_data_count(src));
-    if (clone != nullptr && append_camera_metadata(clone, src) != OK) {
-        free_camera_metadata(clone);
-        clone = nullptr;
-    }
-    return clone;
 }
 
 int add_camera_metadata_entry(camera_metadata_t* dst, uint32_t tag, const void* data,
@@ -401,9 +401,11 @@ int update_camera_metadata_entry(camera_metadata_t* dst, size_t index, const voi
     if (dst == nullptr) return ERROR;
     Header h = readHeader(dst);
     if (index >= h.entry_count) return ERROR;
-    // The platform would copy from NULL or truncate the count; refuse instead.
-    if ((data_count != 0 && data == nullptr) || data_count > UINT32_MAX) return ERROR;
+    if (data_count != 0 && data == nullptr) undefinedOnPlatform(__func__, "NULL values");
+    // The platform would truncate the count; refuse instead.
+    if (data_count > UINT32_MAX) return ERROR;
     Entry e = readEntry(dst, h, index);
+    if (e.type >= NUM_TYPES) undefinedOnPlatform(__func__, "entry of unknown type");
 
     const size_t newBytes = dataBytes(e.type, data_count);
     const size_t oldBytes = dataBytes(e.type, e.count);
@@ -413,8 +415,9 @@ int update_camera_metadata_entry(camera_metadata_t* dst, size_t index, const voi
         if (h.data_capacity < h.data_count + newBytes - oldBytes) return ERROR;
         if (oldBytes != 0) {
             const uint32_t cut = e.offset();
-            // A block outside the used data would make the platform move a wrapped length.
-            if (uint64_t{cut} + oldBytes > h.data_count) return ERROR;
+            if (uint64_t{cut} + oldBytes > h.data_count) {
+                undefinedOnPlatform(__func__, "resized entry's data lies past the used data");
+            }
             uint8_t* start = dataAt(dst, h, cut);
             memmove(start, start + oldBytes, h.data_count - cut - oldBytes);
             h.data_count -= oldBytes;
@@ -431,6 +434,9 @@ int update_camera_metadata_entry(camera_metadata_t* dst, size_t index, const voi
             h.data_count += newBytes;
         }
     } else if (newBytes != 0) {
+        if (uint64_t{e.offset()} + newBytes > h.data_capacity) {
+            undefinedOnPlatform(__func__, "entry's data lies past the data area");
+        }
         copyIn(dataAt(dst, h, e.offset()), data, payload);
     }
     // Going inline writes only the payload bytes: from an out-of-line value to no values the

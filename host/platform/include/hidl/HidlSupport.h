@@ -42,8 +42,6 @@ class hidl_string {
     size_t size() const { return mSize; }
     bool empty() const { return mSize == 0; }
     void clear();
-    // Refers to data[0..size) without owning it; data[size] must be NUL.
-    void setToExternal(const char* data, size_t size);
 
     operator std::string() const { return std::string(mBuffer, mSize); }  // NOLINT
 
@@ -64,7 +62,6 @@ bool operator!=(const hidl_string& a, const char* b);
 bool operator==(const char* a, const hidl_string& b);
 bool operator==(const hidl_string& a, const std::string& b);
 bool operator==(const std::string& a, const hidl_string& b);
-bool operator<(const hidl_string& a, const hidl_string& b);
 
 // Same layout as the platform's; storage comes from new[] and goes back with delete[].
 template <typename T>
@@ -115,8 +112,9 @@ class hidl_vec {
     T* data() { return mBuffer; }
     const T* data() const { return mBuffer; }
     size_t size() const { return mSize; }
-    T& operator[](size_t i) { return mBuffer[i]; }
-    const T& operator[](size_t i) const { return mBuffer[i]; }
+    // The platform does not check the index; reading past the end is undefined there.
+    T& operator[](size_t i) { return mBuffer[checked(i)]; }
+    const T& operator[](size_t i) const { return mBuffer[checked(i)]; }
     T* begin() { return mBuffer; }
     T* end() { return mBuffer + mSize; }
     const T* begin() const { return mBuffer; }
@@ -136,6 +134,10 @@ class hidl_vec {
     operator std::vector<T>() const { return std::vector<T>(begin(), end()); }  // NOLINT
 
   private:
+    size_t checked(size_t i) const {
+        if (i >= mSize) details::logAlwaysFatal("hidl_vec index out of range (undefined).");
+        return i;
+    }
     void assignRange(const T* data, size_t size) {
         if (size > UINT32_MAX)
             details::logAlwaysFatal("hidl_vec can't hold more than 2^32 elements.");

@@ -80,8 +80,6 @@ void free_camera_metadata(camera_metadata_t* metadata);
 
 // The block's total size from its header (1 for NULL).
 size_t get_camera_metadata_size(const camera_metadata_t* metadata);
-// The size a block holding just the used entries and data would need (1 for NULL).
-size_t get_camera_metadata_compact_size(const camera_metadata_t* metadata);
 
 size_t get_camera_metadata_entry_count(const camera_metadata_t* metadata);
 size_t get_camera_metadata_entry_capacity(const camera_metadata_t* metadata);
@@ -98,9 +96,6 @@ int validate_camera_metadata_structure(const camera_metadata_t* metadata,
 
 // Appends the used entries and data of src to dst. 0 on success, 1 on error.
 int append_camera_metadata(camera_metadata_t* dst, const camera_metadata_t* src);
-
-// A compact copy (NULL on failure).
-camera_metadata_t* clone_camera_metadata(const camera_metadata_t* src);
 
 // Adds an entry of the tag's own type with data_count elements. 0 on success, 1 on error.
 int add_camera_metadata_entry(camera_metadata_t* dst, uint32_t tag, const void* data,
