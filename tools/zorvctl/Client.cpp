@@ -39,7 +39,9 @@ void Client::run(const std::vector<std::string>& words, bool& quit) {
 
 void Client::watch() {
     std::string pending;
-    httplib::Result res = mHttp->Get("/api/events", [&](const char* data, size_t size) {
+    // From the oldest event the service keeps.
+    httplib::Headers from = {{"Last-Event-ID", "0"}};
+    httplib::Result res = mHttp->Get("/api/events", from, [&](const char* data, size_t size) {
         pending.append(data, size);
         for (size_t end; (end = pending.find("\n\n")) != std::string::npos;) {
             std::string message = pending.substr(0, end);

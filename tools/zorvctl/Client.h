@@ -19,7 +19,8 @@ class Client {
     ~Client();
 
     // Runs one command on the service; throws CommandError with the service's message when it
-    // fails. "watch" reports every event of the service's stream until the service ends.
+    // fails. "watch" reports the events the service keeps (its last 16384), then each new one,
+    // until the service ends.
     void run(const std::vector<std::string>& words, bool& quit);
 
   private:

@@ -32,7 +32,7 @@ namespace zorvctl {
 namespace {
 
 constexpr size_t kMaxBody = 64 * 1024;
-constexpr size_t kKeptEvents = 4096;  // for stream readers that lag behind
+constexpr size_t kKeptEvents = 16384;  // for stream readers that lag behind
 constexpr int kThreads = 32;          // each stream reader holds one
 
 struct ApiError : std::runtime_error {
@@ -162,6 +162,7 @@ class Server {
         } catch (const std::exception& e) {
             answer["status"] = 409, answer["error"] = e.what();
         }
+        if (answer.contains("error")) mEvents.add(errorEvent(answer["error"]));
         if (mContext.quit) answer["quit"] = true;
         mContext.quit = false;
         answer["events"] = Json::array();
@@ -275,7 +276,10 @@ class Server {
             res.set_chunked_content_provider(
                     "text/event-stream", [this, seq](size_t, httplib::DataSink& sink) mutable {
                         std::string text;
-                        if (!mEvents.next(seq, text)) return false;
+                        if (!mEvents.next(seq, text)) {
+                            sink.done();  // the service stops: the stream ends cleanly
+                            return true;
+                        }
                         if (text.empty()) text = ": idle\n\n";  // finds readers that left
                         return sink.write(text.data(), text.size());
                     });
@@ -301,11 +305,7 @@ class Server {
         });
 
         // SIGINT and SIGTERM end the service, through a thread of their own.
-        sigset_t signals;
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGINT);
-        sigaddset(&signals, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+        sigset_t signals = blockStopSignals();
         std::thread stopper([&] {
             int signal = 0;
             sigwait(&signals, &signal);
@@ -355,6 +355,15 @@ class Server {
 };
 
 }  // namespace
+
+sigset_t blockStopSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
 
 int serve(Context& context, int port) {
     Server server(context);

@@ -3,11 +3,16 @@
 #ifndef TOOLS_ZORVCTL_SERVER_H
 #define TOOLS_ZORVCTL_SERVER_H
 
+#include <signal.h>
+
 #include "Commands.h"
 
 namespace zorvctl {
 
 constexpr int kDefaultPort = 8734;
+
+// Keeps SIGINT and SIGTERM for serve to wait for: called before the provider starts threads.
+sigset_t blockStopSignals();
 
 // Serves the context until SIGINT or SIGTERM; port 0 takes a free one. Prints
 // "serving http://127.0.0.1:PORT" once it listens. Returns the exit status.

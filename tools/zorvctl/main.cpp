@@ -37,7 +37,7 @@ constexpr const char* kUsage =
         "  --svg FILE    write a picture of the framing at exit\n"
         "  --json        print each event as one JSON object a line\n"
         "  --connect [HOST:PORT]  run the commands on \"zorvctl serve\" (127.0.0.1:8734);\n"
-        "                \"watch\" then prints every event the service reports\n"
+        "                \"watch\" then prints the events the service reports\n"
         "  serve         keep one provider and serve it on 127.0.0.1 (port 8734, 0 for any):\n"
         "                a JSON API, an event stream and a web panel at http://127.0.0.1:PORT/\n"
         "Exit status: 0, 1 when a command failed (scripts and arguments stop at the first\n"
@@ -221,6 +221,7 @@ int main(int argc, char** argv) {
             return 2;
         }
     }
+    if (port >= 0) blockStopSignals();
     // The passthrough service host's way: open the library, look up the factory, call it.
     void* handle = remote ? nullptr : dlopen(lib.c_str(), RTLD_NOW);
     if (handle == nullptr && !remote) {
