@@ -74,8 +74,8 @@ std::string unquote(const std::string& text) {
 
 const char* prefixOf(const std::string& kind) {
     static const std::pair<const char*, const char*> kPrefixes[] = {
-            {"echo", "> "},      {"result", "=> "}, {"cb", "cb "},   {"engine", "engine "},
-            {"req", "req "},     {"entry", "  "},   {"log", "log "}, {"error", "zorvctl: "}};
+            {"echo", "> "},  {"result", "=> "}, {"cb", "cb "},   {"engine", "engine "},
+            {"req", "req "}, {"entry", "  "},   {"log", "log "}, {"error", "zorvctl: "}};
     for (const auto& [k, prefix] : kPrefixes) {
         if (kind == k) return prefix;
     }
@@ -148,7 +148,7 @@ Event lineEvent(const std::string& line) {
         Event e = make("result", line.substr(3));
         std::vector<std::string> words = splitTop(e.text(), false);
         e.fields["value"] = words.size() == 1 && nameOf(words[0]).empty() ? parseValue(words[0])
-                                                                            : parseArgs(e.text());
+                                                                          : parseArgs(e.text());
         return e;
     }
     for (const char* kind : {"req", "entry"}) {
@@ -159,7 +159,8 @@ Event lineEvent(const std::string& line) {
         }
     }
     size_t colon = line.find(": ");
-    if (startsWith(line, "log ") && line.size() > 6 && line[5] == '/' && colon != std::string::npos) {
+    if (startsWith(line, "log ") && line.size() > 6 && line[5] == '/' &&
+        colon != std::string::npos) {
         Event e = make("log", line.substr(4));
         e.fields["priority"] = line.substr(4, 1);
         e.fields["tag"] = line.substr(6, colon - 6);
@@ -169,8 +170,8 @@ Event lineEvent(const std::string& line) {
     return make("line", line);
 }
 
-Event callbackEvent(const std::string& listener, const std::string& method,
-                    const std::string& args, const std::string* body) {
+Event callbackEvent(const std::string& listener, const std::string& method, const std::string& args,
+                    const std::string* body) {
     bool plain = !listener.empty() && listener.find_first_of(" \t\"\\") == std::string::npos;
     std::string text = (plain ? listener : quote(listener)) + " " + method;
     std::string shown = args;

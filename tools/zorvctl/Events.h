@@ -29,8 +29,8 @@ struct Event {
 
 // The event one output line of a command makes.
 Event lineEvent(const std::string& line);
-Event callbackEvent(const std::string& listener, const std::string& method,
-                    const std::string& args, const std::string* body = nullptr);
+Event callbackEvent(const std::string& listener, const std::string& method, const std::string& args,
+                    const std::string* body = nullptr);
 Event engineEvent(const std::string& operation, const std::string& args);
 Event errorEvent(const std::string& message);
 

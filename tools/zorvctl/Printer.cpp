@@ -16,8 +16,8 @@ Return<void> PrintingListener::print(const std::string& method, const std::strin
 
 Return<void> PrintingListener::cameraDeviceTrackingChange(const hidl_string& cameraId,
                                                           TrackingMode mode) {
-    return print("cameraDeviceTrackingChange", "camera=" + quote(cameraId) +
-                 " mode=" + std::to_string(static_cast<int32_t>(mode)));
+    return print("cameraDeviceTrackingChange", "camera=" + quote(cameraId) + " mode=" +
+                                                       std::to_string(static_cast<int32_t>(mode)));
 }
 
 Return<void> PrintingListener::onCameraSceneJsonApplied(const hidl_string& json) {
@@ -33,20 +33,21 @@ Return<void> PrintingListener::onCameraCropApplied(const SceneControl& scene) {
 
 Return<void> PrintingListener::onVirtualCameraCapabilityChange(const hidl_string& cameraId,
                                                                VirtualCameraCapability capability) {
-    return print("onVirtualCameraCapabilityChange", "camera=" + quote(cameraId) +
-                 " capability=" + std::to_string(static_cast<int32_t>(capability)));
+    return print("onVirtualCameraCapabilityChange",
+                 "camera=" + quote(cameraId) +
+                         " capability=" + std::to_string(static_cast<int32_t>(capability)));
 }
 
 Return<void> PrintingListener::onMaxVirtualCamerasChange(const hidl_string& cameraId,
                                                          uint32_t maxVirtualCameras) {
-    return print("onMaxVirtualCamerasChange", "camera=" + quote(cameraId) +
-                 " max=" + std::to_string(maxVirtualCameras));
+    return print("onMaxVirtualCamerasChange",
+                 "camera=" + quote(cameraId) + " max=" + std::to_string(maxVirtualCameras));
 }
 
 Return<void> PrintingListener::onVirtualCameraListChange(const hidl_string& cameraId,
                                                          const hidl_vec<hidl_string>& names) {
-    return print("onVirtualCameraListChange", "camera=" + quote(cameraId) +
-                 " names=" + formatStrings(names));
+    return print("onVirtualCameraListChange",
+                 "camera=" + quote(cameraId) + " names=" + formatStrings(names));
 }
 
 Return<void> PrintingListener::onVirtualCameraInfos(const hidl_vec<CameraInfo>& infos) {
@@ -55,8 +56,8 @@ Return<void> PrintingListener::onVirtualCameraInfos(const hidl_vec<CameraInfo>& 
 
 Return<void> PrintingListener::onVirtualCameraAvailablityChange(const hidl_string& cameraId,
                                                                 bool available) {
-    return print("onVirtualCameraAvailablityChange", "camera=" + quote(cameraId) +
-                 " available=" + boolName(available));
+    return print("onVirtualCameraAvailablityChange",
+                 "camera=" + quote(cameraId) + " available=" + boolName(available));
 }
 
 void PrintingEngine::onSceneControl(const SceneControl& scene) {
@@ -76,8 +77,9 @@ void PrintingEngine::onTrackingModeChanged(int32_t mode) {
 }
 
 Return<void> PrintingSessionCallback::onFrameProcessed(uint32_t frameNumber, int32_t status) {
-    emit(callbackEvent("fd", "onFrameProcessed",
-                       "frame=" + std::to_string(frameNumber) + " status=" + std::to_string(status)));
+    emit(callbackEvent(
+            "fd", "onFrameProcessed",
+            "frame=" + std::to_string(frameNumber) + " status=" + std::to_string(status)));
     return Void();
 }
 

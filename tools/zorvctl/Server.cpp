@@ -33,7 +33,7 @@ namespace {
 
 constexpr size_t kMaxBody = 64 * 1024;
 constexpr size_t kKeptEvents = 16384;  // for stream readers that lag behind
-constexpr int kThreads = 32;          // each stream reader holds one
+constexpr int kThreads = 32;           // each stream reader holds one
 
 struct ApiError : std::runtime_error {
     ApiError(int status, const std::string& message)
@@ -48,8 +48,7 @@ class EventLog {
         std::lock_guard lock(mLock);
         Json fields = event.fields;
         fields["seq"] = ++mSeq;
-        mEvents.emplace_back(
-                mSeq, fields.dump(-1, ' ', false, Json::error_handler_t::replace));
+        mEvents.emplace_back(mSeq, fields.dump(-1, ' ', false, Json::error_handler_t::replace));
         if (mEvents.size() > kKeptEvents) mEvents.pop_front();
         mChanged.notify_all();
     }
@@ -240,7 +239,8 @@ class Server {
                 Json args = req.body.empty() ? Json::object() : Json::parse(req.body);
                 if (!args.is_object()) throw ApiError(400, "the body is not a JSON object");
                 if (req.matches[1] == "run" && req.matches[2].length() == 0) {
-                    if (args.contains("line")) return call(splitWords(args["line"].get<std::string>()));
+                    if (args.contains("line"))
+                        return call(splitWords(args["line"].get<std::string>()));
                     std::vector<std::string> words;
                     for (const Json& w : args.value("words", Json::array())) {
                         words.push_back(word(w, "words"));
@@ -298,9 +298,9 @@ class Server {
         });
         mHttp.set_error_handler([](const httplib::Request&, httplib::Response& res) {
             if (!res.body.empty()) return;
-            std::string message = res.status == 413 ? "the body is over " +
-                                                              std::to_string(kMaxBody) + " bytes"
-                                                    : "HTTP status " + std::to_string(res.status);
+            std::string message =
+                    res.status == 413 ? "the body is over " + std::to_string(kMaxBody) + " bytes"
+                                      : "HTTP status " + std::to_string(res.status);
             res.set_content(Json{{"error", message}}.dump(), "application/json");
         });
 

@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <memory>
 #include <iostream>
+#include <memory>
 #include <string>
 #include <vector>
 

@@ -12,7 +12,8 @@ async function api(method, args) {
   const answer = await res.json();
   const shown = $("answer");
   shown.className = "answer" + (res.ok ? "" : " error");
-  shown.textContent = res.ok ? method + " => " + JSON.stringify(answer.result) : answer.error;
+  const result = (answer.events || []).filter((e) => e.kind === "result").pop();
+  shown.textContent = res.ok ? method + " => " + (result ? result.text : "done") : answer.error;
   refresh();
   return answer;
 }
@@ -106,6 +107,7 @@ $("recall").onclick = () => api("gotoPreset", { camera: camera(), number: Number
 $("mode").onchange = () => api("setTrackingMode", { camera: camera(), mode: Number($("mode").value) });
 $("setScene").onclick = () => api("setScene", { crop: $("scene").value.split(/\s+/) });
 $("camera").onchange = refresh;
+$("showLog").onchange = () => $("log").classList.toggle("quiet", !$("showLog").checked);
 $("request").onclick = async () => {
   const answer = await api("request", { camera: camera(), kind: $("kinds").value.split(/\s+/) });
   $("requestOut").textContent = (answer.events || []).filter((e) => e.kind !== "log")
