@@ -209,6 +209,7 @@ int main(int argc, char** argv) {
     // Properties exist before the service starts, as on a booted device.
     if (!props.empty() && !loadProperties(props)) return 2;
 
+    // With --connect the local provider stays unused: commands run on the service's.
     if (!connect.empty()) {
         if (!props.empty() || port >= 0) {
             error("--props and serve belong to the service, not to --connect");
@@ -223,14 +224,14 @@ int main(int argc, char** argv) {
     }
     if (port >= 0) blockStopSignals();
     // The passthrough service host's way: open the library, look up the factory, call it.
-    void* handle = remote ? nullptr : dlopen(lib.c_str(), RTLD_NOW);
-    if (handle == nullptr && !remote) {
+    void* handle = dlopen(lib.c_str(), RTLD_NOW);
+    if (handle == nullptr) {
         error(std::string("cannot load the provider library: ") + dlerror());
         return 2;
     }
     using Factory = IZorvCameraProvider* (*)(const char*);
-    Factory fetch = remote ? nullptr : reinterpret_cast<Factory>(dlsym(handle, kFactory));
-    if (fetch == nullptr && !remote) {
+    Factory fetch = reinterpret_cast<Factory>(dlsym(handle, kFactory));
+    if (fetch == nullptr) {
         error(std::string("no provider factory: ") + dlerror());
         return 2;
     }
@@ -238,8 +239,8 @@ int main(int argc, char** argv) {
     int status = 0;
     {
         Context context;
-        context.provider = remote ? nullptr : fetch("default");
-        if (context.provider == nullptr && !remote) {
+        context.provider = fetch("default");
+        if (context.provider == nullptr) {
             error(std::string(kFactory) + " returned no provider");
             return 2;
         }
