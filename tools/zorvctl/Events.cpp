@@ -29,8 +29,12 @@ std::vector<std::string> splitTop(const std::string& text, bool commas) {
     for (size_t i = 0; i < text.size(); ++i) {
         char c = text[i];
         if (quoted) {
-            if (c == '\\' && i + 1 < text.size()) part += text[i++];
-            quoted = c != '"';
+            if (c == '\\' && i + 1 < text.size()) {
+                part += c;  // an escaped character stays with its backslash
+                c = text[++i];
+            } else {
+                quoted = c != '"';
+            }
         } else if (c == '"') {
             quoted = true;
         } else if (c == '[' || c == '{') {

@@ -116,12 +116,14 @@ def check(page, service):
 
 if __name__ == "__main__":
     service = Service(sys.argv[1])
-    with tempfile.TemporaryDirectory() as profile:
-        page = browser(profile)
-        try:
-            page.get(service.url)
-            check(page, service)
-        finally:
-            page.save_screenshot(sys.argv[2])
-            page.quit()
-            service.stop()
+    try:
+        with tempfile.TemporaryDirectory() as profile:
+            page = browser(profile)
+            try:
+                page.get(service.url)
+                check(page, service)
+            finally:
+                page.save_screenshot(sys.argv[2])
+                page.quit()
+    finally:
+        service.stop()

@@ -20,7 +20,8 @@ echo "exit $?"
 echo "--- a watching client (scene texts left out here)"
 "$ZORVCTL" --connect "$address" watch >"$WORK/watch" 2>&1 &
 watcher=$!
-for _ in $(seq 100); do grep -q '^usage: savePreset' "$WORK/watch" && break; sleep 0.1; done
+timeout 10 bash -c "until grep -q '^usage: savePreset' $WORK/watch; do sleep 0.1; done" ||
+  echo "the watching client printed nothing"
 kill -TERM $server
 wait $server
 echo "serve exit $?"
