@@ -64,11 +64,15 @@ function draw(s) {
   $("cache").textContent = s.cache.length ? s.cache.join("\n") : "(none for camera " + s.camera + ")";
 }
 
-let pending = null;
+let pending = null, asked = 0;  // one state request every 50 ms at most; the latest is drawn
 function refresh() {
-  clearTimeout(pending);
-  pending = setTimeout(async () => draw(await (await fetch("/api/state?camera=" +
-      encodeURIComponent(camera()))).json()), 50);
+  if (pending) return;
+  pending = setTimeout(async () => {
+    pending = null;
+    const n = ++asked;
+    const state = await (await fetch("/api/state?camera=" + encodeURIComponent(camera()))).json();
+    if (n === asked) draw(state);
+  }, 50);
 }
 
 function logEvent(e) {
