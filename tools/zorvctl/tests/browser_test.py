@@ -102,17 +102,17 @@ def check(page, service):
     Select(find("#mode")).select_by_value("0")
     wait.until(lambda _: service.state()["trackingMode"] == 0)
 
-    # For the picture: zoomed in from the preset, library log lines hidden, the metadata cache
-    # and a request merged through the queue.
+    # The metadata cache, and a request merged through the queue.
+    service.call("setMetaData", {"camera": "0", "tag": "0x10001", "value": 2})
+    find("#request").click()
+    until(lambda: "android.control.aeExposureCompensation int32 [2]" in find("#requestOut").text,
+          lambda: find("#requestOut").text)
+    until(lambda: "aeExposureCompensation" in find("#cache").text, lambda: find("#cache").text)
+    # For the picture: zoomed in from the preset, library log lines hidden.
     find("#recall").click()
     find("[data-move=ZOOM_IN]").click()
     announced([30, 43, 1050, 617])
     find("#showLog").click()
-    service.call("setMetaData", {"camera": "0", "tag": "0x10001", "value": 2})
-    find("#request").click()
-    wait.until(lambda _: "android.control.aeExposureCompensation int32 [2]" in find("#requestOut").text)
-    wait.until(lambda _: "aeExposureCompensation" in find("#cache").text)
-
 
 if __name__ == "__main__":
     service = Service(sys.argv[1])
