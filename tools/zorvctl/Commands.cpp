@@ -411,6 +411,18 @@ std::string Args::name(size_t i) const {
     return plainName(mUsage[std::min(i, mUsage.size() - 1)]);
 }
 
+const Command* findCommand(const std::string& name) {
+    size_t nameWords = 0;
+    const Command* command = find(splitWords(name), nameWords);
+    return command != nullptr && command->name == name ? command : nullptr;
+}
+
+std::vector<const Command*> allCommands() {
+    std::vector<const Command*> commands;
+    for (const Command& command : kCommands) commands.push_back(&command);
+    return commands;
+}
+
 void runCommand(Context& context, const std::vector<std::string>& words) {
     size_t nameWords = 0;
     const Command* command = find(words, nameWords);

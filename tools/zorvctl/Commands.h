@@ -76,6 +76,11 @@ struct Command {
     void (*run)(Context& context, const Args& args);
 };
 
+// The command named by one or two words ("moveCamera", "cache add"), or null.
+const Command* findCommand(const std::string& name);
+// Every command, in the order help lists them.
+std::vector<const Command*> allCommands();
+
 // Runs one command. Throws UsageError (with the command's usage appended) for words that do
 // not fit, CommandError for a command that failed.
 void runCommand(Context& context, const std::vector<std::string>& words);

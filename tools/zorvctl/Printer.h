@@ -13,6 +13,7 @@
 #include <vendor/zorv/zorvprovider/fdstream/1.0/IFDSessionCallback.h>
 #include <vendor/zorv/zorvprovider/zorvprovider/2.4/IZorvCameraProviderCallback.h>
 
+#include "Events.h"
 #include "Format.h"
 #include "FramingEngine.h"
 
@@ -22,13 +23,12 @@ using ::android::hardware::Return;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackingMode;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::VirtualCameraCapability;
 
-// Writes one line of output (stdout, in order with everything else zorvctl prints).
+// Reports one line of output as its event (in order with everything else zorvctl reports).
 void out(const std::string& line);
-// Writes a possibly multi-line text: "<header> bytes=N lines=M", then each of its M lines
-// behind a "|" (a text that does not end in a line feed still counts its last line).
-void outText(const std::string& header, const std::string& text);
 
-// A registered listener: every callback prints "cb <name> <method> <arguments>".
+// A registered listener: every callback prints "cb <name> <method> <arguments>" (a name with
+// a blank quoted); a scene text prints "bytes=N lines=M", then each of its M lines behind a "|"
+// (a text that does not end in a line feed still counts its last line).
 class PrintingListener
     : public ::vendor::zorv::zorvprovider::zorvprovider::V2_4::IZorvCameraProviderCallback {
   public:
@@ -51,7 +51,7 @@ class PrintingListener
                                                   bool available) override;
 
   private:
-    Return<void> print(const std::string& what);
+    Return<void> print(const std::string& method, const std::string& args);
 
     const std::string mName;
     const std::function<void(const SceneControl&)> mOnCrop;

@@ -6,14 +6,17 @@
 
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include <android/log.h>
 #include <cutils/properties.h>
 
+#include "Client.h"
 #include "Commands.h"
 #include "FDSession.h"
+#include "Server.h"
 #include "Svg.h"
 
 namespace {
@@ -22,8 +25,9 @@ using namespace zorvctl;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
 
 constexpr const char* kUsage =
-        "usage: zorvctl [--lib PATH] [--log] [--props FILE] [--svg FILE]\n"
-        "               [-f SCRIPT | -c COMMAND]... [COMMAND ARGS...]\n"
+        "usage: zorvctl [--lib PATH] [--log] [--props FILE] [--svg FILE] [--json]\n"
+        "               [--connect [HOST:PORT]] [-f SCRIPT | -c COMMAND]... [COMMAND ARGS...]\n"
+        "       zorvctl [--lib PATH] [--log] [--props FILE] serve [--port N]\n"
         "Runs the commands of each -f script and -c option in order, then the command given by\n"
         "the remaining arguments; with none of these, reads commands from standard input.\n"
         "  --lib PATH    the provider library to load (default: the one built with zorvctl)\n"
@@ -31,6 +35,11 @@ constexpr const char* kUsage =
         "  --props FILE  load system properties (NAME=VALUE lines) at start; save the persist.*\n"
         "                ones there at exit\n"
         "  --svg FILE    write a picture of the framing at exit\n"
+        "  --json        print each event as one JSON object a line\n"
+        "  --connect [HOST:PORT]  run the commands on \"zorvctl serve\" (127.0.0.1:8734);\n"
+        "                \"watch\" then prints the events the service reports\n"
+        "  serve         keep one provider and serve it on 127.0.0.1 (port 8734, 0 for any):\n"
+        "                a JSON API, an event stream and a web panel at http://127.0.0.1:PORT/\n"
         "Exit status: 0, 1 when a command failed (scripts and arguments stop at the first\n"
         "failure; standard input goes on), 2 for bad options, files or library.\n"
         "\"zorvctl help\" lists the commands.\n";
@@ -57,14 +66,15 @@ void printLog(const __android_logger_data* data, const char* message) {
 void dropLog(const __android_logger_data*, const char*) {}
 
 void error(const std::string& message) {
-    fflush(stdout);
-    fprintf(stderr, "zorvctl: %s\n", message.c_str());
+    emit(errorEvent(message));
 }
+
+std::unique_ptr<Client> remote;  // with --connect: where commands run
 
 // Runs one command; false when it failed. `where` names it in messages.
 bool runWords(Context& context, const std::vector<std::string>& words, const std::string& where) {
     try {
-        runCommand(context, words);
+        remote ? remote->run(words, context.quit) : runCommand(context, words);
         return true;
     } catch (const std::exception& e) {
         error(where + ": " + e.what());
@@ -143,8 +153,9 @@ bool saveProperties(const std::string& path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::string lib = ZORVCTL_DEFAULT_LIB, props, svg;
+    std::string lib = ZORVCTL_DEFAULT_LIB, props, svg, connect;
     bool log = false;
+    int port = -1;  // serve
     std::vector<Source> sources;
     int i = 1;
     for (; i < argc && argv[i][0] == '-'; ++i) {
@@ -155,6 +166,11 @@ int main(int argc, char** argv) {
         } else if (option == "-h" || option == "--help") {
             fputs(kUsage, stdout);
             return 0;
+        } else if (option == "--json") {
+            setJsonOutput(true);
+        } else if (option == "--connect") {
+            bool address = hasValue && strchr(argv[i + 1], ':') != nullptr;
+            connect = address ? argv[++i] : "127.0.0.1:" + std::to_string(kDefaultPort);
         } else if (hasValue && option == "--lib") {
             lib = argv[++i];
         } else if (hasValue && option == "--props") {
@@ -171,14 +187,42 @@ int main(int argc, char** argv) {
             return 2;
         }
     }
+    if (i < argc && strcmp(argv[i], "serve") == 0) {
+        bool portGiven = i + 3 == argc && strcmp(argv[i + 1], "--port") == 0;
+        if ((!portGiven && i + 1 != argc) || !sources.empty() || !connect.empty()) {
+            error("serve takes only [--port N], after --lib, --log and --props");
+            return 2;
+        }
+        try {
+            port = portGiven ? static_cast<int>(parseInteger(argv[i + 2], 0, 65535)) : kDefaultPort;
+        } catch (const UsageError& e) {
+            error(std::string("--port: ") + e.what());
+            return 2;
+        }
+        i = argc;
+    }
     if (i < argc)
         sources.push_back({Source::kWords, "", std::vector<std::string>(argv + i, argv + argc)});
 
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
-    __android_log_set_logger(log ? printLog : dropLog);
+    __android_log_set_logger(log || port >= 0 ? printLog : dropLog);
     // Properties exist before the service starts, as on a booted device.
     if (!props.empty() && !loadProperties(props)) return 2;
 
+    // With --connect the local provider stays unused: commands run on the service's.
+    if (!connect.empty()) {
+        if (!props.empty() || port >= 0) {
+            error("--props and serve belong to the service, not to --connect");
+            return 2;
+        }
+        try {
+            remote = std::make_unique<Client>(connect, log);
+        } catch (const UsageError& e) {
+            error("--connect " + connect + ": " + e.what());
+            return 2;
+        }
+    }
+    if (port >= 0) blockStopSignals();
     // The passthrough service host's way: open the library, look up the factory, call it.
     void* handle = dlopen(lib.c_str(), RTLD_NOW);
     if (handle == nullptr) {
@@ -200,6 +244,7 @@ int main(int argc, char** argv) {
             error(std::string(kFactory) + " returned no provider");
             return 2;
         }
+        if (port >= 0) status = serve(context, port);
         int commandNumber = 0;
         for (const Source& source : sources) {
             bool ok = true;
@@ -219,7 +264,7 @@ int main(int argc, char** argv) {
             if (!ok) status = 1;
             if (!ok || context.quit) break;
         }
-        if (sources.empty()) {
+        if (sources.empty() && port < 0) {
             bool terminal = isatty(STDIN_FILENO);
             runStream(context, std::cin, "stdin", false, terminal);
             if (terminal) fputc('\n', stdout);
