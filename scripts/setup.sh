@@ -7,6 +7,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   android-libutils-dev android-libbase-dev android-liblog-dev android-libcutils-dev
   hidl-gen
+  libedit-dev
 )
 
 missing=()

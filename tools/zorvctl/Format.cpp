@@ -61,6 +61,8 @@ std::string real(double value) {
 
 }  // namespace
 
+OutputState gOutput;
+
 std::vector<std::string> splitWords(const std::string& line) {
     std::vector<std::string> words;
     std::string word;
@@ -137,6 +139,10 @@ bool parseBool(const std::string& text) {
     if (text == "true" || text == "1" || text == "on") return true;
     if (text == "false" || text == "0" || text == "off") return false;
     throw UsageError(quote(text) + " is not true or false");
+}
+
+std::vector<std::string> directionNames() {
+    return std::vector<std::string>(std::begin(kDirections), std::end(kDirections));
 }
 
 CameraMoveDirection parseDirection(const std::string& text) {

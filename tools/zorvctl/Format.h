@@ -41,6 +41,8 @@ std::vector<std::string> splitWords(const std::string& line);
 int64_t parseInteger(const std::string& text, int64_t min, int64_t max);
 double parseReal(const std::string& text);
 bool parseBool(const std::string& text);
+// PAN_LEFT .. APPLY_ZOOM_LIMIT, in value order from 1.
+std::vector<std::string> directionNames();
 // PAN_LEFT .. APPLY_ZOOM_LIMIT, or any int32.
 CameraMoveDirection parseDirection(const std::string& text);
 // "L,T,R,B", optionally in braces.
@@ -51,6 +53,14 @@ SceneControl parseScene(const std::vector<std::string>& words);
 TrackControl parseTrack(const std::vector<std::string>& words);
 // text1=S,text2=S,entries=K:F:V;K:F:V,block=HEX,value1=N,value2=N,value3=N, optionally in braces.
 CameraInfo parseCameraInfo(const std::string& text);
+
+// Output switches and counters the printers share: with foldTexts a multi-line text shows only
+// its header line; callbacks counts the "cb " lines printed so far.
+struct OutputState {
+    bool foldTexts = false;
+    uint64_t callbacks = 0;
+};
+extern OutputState gOutput;
 
 std::string quote(const std::string& text);
 std::string formatCrop(const Crop& crop);

@@ -10,6 +10,7 @@ namespace zorvctl {
 using ::android::hardware::Void;
 
 void out(const std::string& line) {
+    if (line.compare(0, 3, "cb ") == 0) ++gOutput.callbacks;
     fwrite(line.data(), 1, line.size(), stdout);
     fputc('\n', stdout);
 }
@@ -25,6 +26,7 @@ void outText(const std::string& header, const std::string& text) {
     }
     out(header + " bytes=" + std::to_string(text.size()) +
         " lines=" + std::to_string(lines.size()));
+    if (gOutput.foldTexts) return;
     for (const std::string& line : lines) out("|" + line);
 }
 

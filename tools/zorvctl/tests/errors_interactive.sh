@@ -1,4 +1,4 @@
-# On standard input every error is reported and the next line still runs; the status is 0.
+# On standard input every error is reported and the next line still runs; the status is 1.
 "$ZORVCTL" <<'INPUT'
 setListener L1
 zoom 0 in
