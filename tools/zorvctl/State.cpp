@@ -56,8 +56,8 @@ std::vector<std::string> observe(const Context& c) {
     check(c.provider->getCurrentCameraCropArea(
             [&text](const SceneControl& scene) { text = formatScene(scene); }));
     lines.push_back("crop in force: " + text);
-    lines.push_back("last announced: " + (c.announced ? formatScene(c.lastAnnounced) : "none") +
-                    " (" + std::to_string(c.announcedCrops.size()) + " announcements)");
+    lines.push_back("last announced: " + (c.announced ? formatScene(c.lastAnnounced) : "none"));
+    lines.push_back("crops announced: " + std::to_string(c.announcedCrops.size()));
     lines.push_back("tracking mode: " +
                     std::to_string(static_cast<int32_t>(result(c.provider->getTrackingMode("0")))));
     lines.push_back("zoom-in level: " +
@@ -69,8 +69,8 @@ std::vector<std::string> observe(const Context& c) {
     lines.push_back("presets: " + (text.empty() ? "none" : text));
     text.clear();
     for (const auto& [name, count] : c.registrations) {
-        if (count > 0)
-            text += (text.empty() ? "" : " ") + quote(name) + "x" + std::to_string(count);
+        if (count > 0) text += (text.empty() ? "" : " ") + quote(name);
+        if (count > 1) text += " x" + std::to_string(count);
     }
     lines.push_back("listeners: " + (text.empty() ? "none" : text));
     lines.push_back(std::string("engine: ") + (c.engineAttached ? "attached" : "detached") +
