@@ -112,10 +112,9 @@ const char* const kUnits[] = {
         "  STEP: units of the 1280 x 720 space, clamped to 1..256.",
         "  LEVEL (setZoomInLimit): the narrowest crop width a zoom-in reaches: 1 1280, 2 640,",
         "  3 416, 4 320, 5 256; any other level 320, the width at start.",
-        "  MODE (setTrackingMode): 0 off, manual moves work, switching to 0 returns to the full",
-        "  frame; 1 and 2 track with the setScene scene in force; 3 runs as 2 and is reported as "
-        "3;",
-        "  4 and 5 track. Every mode but 0 refuses moves.",
+        "  MODE (setTrackingMode): 0 off, manual moves work, switching to 0 returns to the",
+        "  full frame; 1 and 2 track with the setScene scene in force; 3 runs as 2 and is",
+        "  reported as 3; 4 and 5 track. Every mode but 0 refuses moves.",
         "  NUMBER (presets): savePreset stores 0..99 (others store nothing) in the properties",
         "  persist.camera.preset.NUMBER.l/.t/.r/.b; gotoPreset answers false for one not stored.",
         "  CAPABILITY: 0 not supported; other numbers are stored as given.",

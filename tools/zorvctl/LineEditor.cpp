@@ -45,7 +45,6 @@ LineEditor::LineEditor(const Context& context) {
 }
 
 LineEditor::~LineEditor() {
-    if (!mHistory.empty()) write_history(mHistory.c_str());
     sContext = nullptr;
 }
 
@@ -53,7 +52,11 @@ bool LineEditor::read(std::string& line) {
     char* text = readline("zorvctl> ");
     if (text == nullptr) return false;
     line = text;
-    if (line.find_first_not_of(" \t") != std::string::npos) add_history(text);
+    // Written at once, so that a session ended by Ctrl-C keeps its history too.
+    if (line.find_first_not_of(" \t") != std::string::npos) {
+        add_history(text);
+        if (!mHistory.empty()) write_history(mHistory.c_str());
+    }
     free(text);
     return true;
 }

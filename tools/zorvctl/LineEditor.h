@@ -12,7 +12,7 @@ namespace zorvctl {
 class LineEditor {
   public:
     // One at a time: the line editing library keeps its state per process. History is read from
-    // and written to ~/.zorvctl_history.
+    // ~/.zorvctl_history and written there after every line.
     explicit LineEditor(const Context& context);
     ~LineEditor();
 
