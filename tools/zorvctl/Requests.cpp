@@ -264,12 +264,16 @@ std::vector<std::string> cacheEntries(const std::set<std::string>& cameras) {
         ::android::hardware::hidl_vec<CaptureRequest> batch(1);
         cache->applyMetaData(id, batch, nullptr);
         const auto& settings = batch[0].settings;
+        std::string line = "cache " + quote(id) + ":";
+        if (settings.size() == 0) {
+            lines.push_back(line + " no entries");
+            continue;
+        }
         std::vector<std::string> entries = settingsLines(
                 "", std::vector<uint8_t>(settings.data(), settings.data() + settings.size()));
-        std::string line = "cache " + quote(id) + ":";
         for (size_t i = 1; i < entries.size(); ++i)
             line += (i > 1 ? ";" : "") + entries[i].substr(1);
-        lines.push_back(entries.size() > 1 ? line : line + " no entries");
+        lines.push_back(line);
     }
     return lines;
 }
