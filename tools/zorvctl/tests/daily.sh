@@ -6,7 +6,8 @@
 "$ZORVCTL" --fold -c "setListener L" -c "moveCamera 0 ZOOM_IN 100" -c "moveCamera 0 9 10" \
   -c "savePreset 0 100" -c 'setSceneJson "{}"' -c "clearListener M" -c "setTrackingMode 0 2" \
   -c "moveCamera 0 PAN_LEFT 1" -c 'setSceneJson "a\nb"' -c "setMetaData 0 0x10001 2" \
-  -c "setVirtualCameraList 0 a b" -c "savePreset 0 4" -c "setZoomInLimit 0 3" -c status
+  -c "setVirtualCameraList 0 a b" -c "setVirtualCameraCapability 0 1" -c "savePreset 0 4" \
+  -c "setZoomInLimit 0 3" -c status
 echo "exit $?"
 # Completion candidates: directions (any case), tag names, second words, commands after help.
 "$ZORVCTL" -c "complete moveCamera 0 zo" -c 'complete "setMetaData 0 android.control.aeE"' \
@@ -33,6 +34,9 @@ mkfifo "$WORK/in"
   echo "killed: exit $?"
 ) 2>/dev/null
 cat "$WORK/props"
+printf 'persist.a=1\nnot a property\n' >"$WORK/bad"
+"$ZORVCTL" --props "$WORK/bad" getTrackingMode 0 2>&1 | sed "s|$WORK|WORK|"
+echo "exit ${PIPESTATUS[0]}"
 # The picture draws every announced crop, with a dot at each centre.
 "$ZORVCTL" --svg "$WORK/p.svg" -f ../../../tools/zorvctl/demo.zc >/dev/null
 echo "centres drawn: $(grep -c '<circle' "$WORK/p.svg")"
