@@ -20,6 +20,7 @@ echo "history: $(grep -c moveCamera "$WORK/.zorvctl_history") moves"
 # "-f -" reads standard input as a script: the first error stops it with status 1.
 printf 'setListener L1\nzoom 0 in\ngetTrackingMode 0\n' | "$ZORVCTL" -f -
 echo "exit $?"
+printf 'quit\ngetTrackingMode 0\n' | "$ZORVCTL"  # nothing runs after quit
 # --props is written at every change and keeps the file's other lines: the preset saved is there
 # while zorvctl still runs, and stays after it is killed (background jobs ignore SIGINT).
 printf '# bench camera\nvendor.camera.bench=1\npersist.camera.preset.7.l=1\n' >"$WORK/props"
