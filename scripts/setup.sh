@@ -7,7 +7,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   android-libutils-dev android-libbase-dev android-liblog-dev android-libcutils-dev
   hidl-gen
-  libcpp-httplib-dev nlohmann-json3-dev chromium chromium-driver python3-selenium
+  libcpp-httplib-dev nlohmann-json3-dev libedit-dev chromium chromium-driver python3-selenium
 )
 
 missing=()

@@ -1,12 +1,16 @@
 // The command table: one command per interface method, plus the tool's own commands.
 #include "Commands.h"
 
+#include <ctype.h>
+#include <stdio.h>
 #include <string.h>
+#include <strings.h>
 
 #include <cutils/properties.h>
 
 #include "FDSession.h"
 #include "Requests.h"
+#include "State.h"
 #include "Svg.h"
 
 namespace zorvctl {
@@ -51,6 +55,7 @@ sp<PrintingListener> listenerNamed(Context& c, const std::string& name) {
         listener = new PrintingListener(name, [&c](const SceneControl& scene) {
             c.lastAnnounced = scene;
             c.announced = true;
+            if (scene.crops.size() > 0) c.announcedCrops.push_back(scene.crops[0]);
         });
     }
     return listener;
@@ -89,31 +94,66 @@ void printProperty(const char* key, const char* value, void*) {
     out(std::string(key) + "=" + value);
 }
 
+// Prints a call's true or false answer; false means the call was refused.
+void answer(Context& c, bool accepted) {
+    c.refused = !accepted;
+    out(std::string("=> ") + boolName(accepted));
+}
+
 void help(Context&, const Args& args);
+
+const char* const kUnits[] = {
+        "Units, levels and modes:",
+        "  Crops are L,T,R,B in the 1280 x 720 PTZ space, right and bottom exclusive. The camera's",
+        "  full frame is 5440 x 3060, 4.25 times that; only scene texts use it.",
+        "  DIRECTION: 1 PAN_LEFT, 2 PAN_RIGHT, 3 TILT_UP, 4 TILT_DOWN (shift by STEP, stopping at",
+        "  the edges), 5 ZOOM_IN, 6 ZOOM_OUT (narrow or widen by STEP on each side, keeping 16:9),",
+        "  7 APPLY_ZOOM_LIMIT (STEP unused); any other number re-applies the crop unchanged.",
+        "  STEP: units of the 1280 x 720 space, clamped to 1..256.",
+        "  LEVEL (setZoomInLimit): the narrowest crop width a zoom-in reaches: 1 1280, 2 640,",
+        "  3 416, 4 320, 5 256; any other level 320, the width at start.",
+        "  MODE (setTrackingMode): 0 off, manual moves work, switching to 0 returns to the",
+        "  full frame; 1 and 2 track with the setScene scene in force; 3 runs as 2 and is",
+        "  reported as 3; 4 and 5 track. Every mode but 0 refuses moves.",
+        "  NUMBER (presets): savePreset stores 0..99 (others store nothing) in the properties",
+        "  persist.camera.preset.NUMBER.l/.t/.r/.b; gotoPreset answers false for one not stored.",
+        "  CAPABILITY: 0 not supported; other numbers are stored as given.",
+        "A call that was accepted but changed nothing that \"status\" shows, and told no listener",
+        "anything, adds \"zorvctl: note: COMMAND changed nothing\" on stderr.",
+};
 
 // clang-format off
 const Command kCommands[] = {
-    {"Listeners", "setListener", "NAME",
-     "registers the listener NAME (created on first use); registering twice doubles its callbacks",
-     [](Context& c, const Args& a) { check(c.provider->setListener(listenerNamed(c, a.str(0)))); }},
-    {"Listeners", "clearListener", "NAME", "removes every registration of the listener NAME",
-     [](Context& c, const Args& a) { check(c.provider->clearListener(listenerNamed(c, a.str(0)))); }},
+    {"Listeners", "setListener", "LISTENER",
+     "registers the named listener (created on first use); registering twice doubles its "
+     "callbacks",
+     [](Context& c, const Args& a) {
+         check(c.provider->setListener(listenerNamed(c, a.str(0))));
+         ++c.registrations[a.str(0)];
+     }},
+    {"Listeners", "clearListener", "LISTENER", "removes every registration of the listener",
+     [](Context& c, const Args& a) {
+         check(c.provider->clearListener(listenerNamed(c, a.str(0))));
+         c.registrations[a.str(0)] = 0;
+     }},
 
     {"Framing", "moveCamera", "CAMERA DIRECTION STEP",
      "moves the crop; DIRECTION is PAN_LEFT PAN_RIGHT TILT_UP TILT_DOWN ZOOM_IN ZOOM_OUT "
      "APPLY_ZOOM_LIMIT or a number; => true if moved",
      [](Context& c, const Args& a) {
-         out(std::string("=> ") + boolName(result(c.provider->moveCamera(
-                 a.str(0), a.parse(1, parseDirection), a.i32(2)))));
+         answer(c, result(c.provider->moveCamera(a.str(0), a.parse(1, parseDirection), a.i32(2))));
      }},
     {"Framing", "setZoomInLimit", "CAMERA LEVEL",
      "sets the narrowest zoom (1..5) and re-applies the crop",
-     [](Context& c, const Args& a) { check(c.provider->setZoomInLimit(a.str(0), a.u32(1))); }},
+     [](Context& c, const Args& a) {
+         check(c.provider->setZoomInLimit(a.str(0), a.u32(1)));
+         c.zoomLevel = a.u32(1);
+     }},
     {"Framing", "savePreset", "CAMERA NUMBER", "saves the PTZ crop as preset NUMBER (0..99)",
      [](Context& c, const Args& a) { check(c.provider->savePreset(a.str(0), a.i32(1))); }},
     {"Framing", "gotoPreset", "CAMERA NUMBER", "recalls preset NUMBER; => true if applied",
      [](Context& c, const Args& a) {
-         out(std::string("=> ") + boolName(result(c.provider->gotoPreset(a.str(0), a.i32(1)))));
+         answer(c, result(c.provider->gotoPreset(a.str(0), a.i32(1))));
      }},
     {"Framing", "setScene", "[CROP...] [frame=WxH] [transition=N] [duration=N] [extra=N]",
      "sets the scene used by tracking modes 1 and 2; CROP is L,T,R,B; frame defaults to "
@@ -336,8 +376,23 @@ const Command kCommands[] = {
      }},
     {"Tool", "prop list", "", "prints NAME=VALUE for every property set in this run",
      [](Context&, const Args&) { property_list(printProperty, nullptr); }},
+    {"Tool", "status", "", "shows everything zorvctl can observe, one \"=> what: value\" line each",
+     [](Context& c, const Args&) {
+         for (const std::string& line : observe(c)) out("=> " + line);
+     }},
+    {"Tool", "complete", "LINE...",
+     "=> what the last word of LINE completes to (a blank at its end: the next word)",
+     [](Context& c, const Args& a) {
+         std::string line;
+         for (const std::string& word : a.rest(0)) line += (line.empty() ? "" : " ") + word;
+         std::string reply;
+         for (const std::string& word : completions(c, line)) reply += " " + word;
+         out("=>" + reply);
+     }},
     {"Tool", "svg", "FILE", "writes the picture of the framing now", 
      [](Context& c, const Args& a) { writeSvg(c, a.str(0)); }},
+    {"Tool", "fold", "BOOL", "shows scene texts as their header line only (on), or in full (off)",
+     [](Context&, const Args& a) { setFoldTexts(a.flag(0)); }},
     {"Tool", "help", "[COMMAND...]", "lists the commands, or explains one", help},
     {"Tool", "quit", "", "ends the session", [](Context& c, const Args&) { c.quit = true; }},
 };
@@ -353,6 +408,37 @@ const Command* find(const std::vector<std::string>& words, size_t& nameWords) {
         }
     }
     return nullptr;
+}
+
+// Commands named for a change (set, save, goto, move, clear, add, remove), except the session's,
+// whose effects lie in its stream-handling half, out of zorvctl's sight.
+bool changesState(const Command& command) {
+    static const char* const kVerbs[] = {"set", "save", "goto", "move", "clear", "add", "remove"};
+    const char* last = strrchr(command.name, ' ');
+    last = last != nullptr ? last + 1 : command.name;
+    for (const char* verb : kVerbs) {
+        if (strncmp(last, verb, strlen(verb)) == 0) return strcmp(command.section, "Session") != 0;
+    }
+    return false;
+}
+
+// The values a usage word's argument takes, where they are few enough to list.
+std::vector<std::string> valuesOf(const Context& c, const std::string& argument) {
+    std::vector<std::string> values;
+    if (argument == "COMMAND") {
+        for (const Command& command : kCommands) values.push_back(splitWords(command.name)[0]);
+    } else if (argument == "DIRECTION") {
+        values = directionNames();
+    } else if (argument == "TAG") {
+        values = tagNames();
+    } else if (argument == "BOOL") {
+        values = {"true", "false"};
+    } else if (argument == "CAMERA") {
+        values.assign(c.cameras.begin(), c.cameras.end());
+    } else if (argument == "LISTENER") {
+        for (const auto& [name, listener] : c.listeners) values.push_back(name);
+    }
+    return values;
 }
 
 void help(Context&, const Args& a) {
@@ -380,6 +466,7 @@ void help(Context&, const Args& a) {
         "of");
     out("a text announced by the line before, \"req\" lines are decoded requests, \"log P/TAG:\"");
     out("lines are library log lines (with --log).");
+    for (const char* line : kUnits) out(line);
 }
 
 }  // namespace
@@ -443,11 +530,61 @@ void runCommand(Context& context, const std::vector<std::string>& words) {
         if (!variadic(usage) && rest.size() > usage.size()) {
             throw UsageError("too many arguments");
         }
+        if (!usage.empty() && usage[0] == "CAMERA") context.cameras.insert(rest[0]);
+        // A call meant to change something that changed nothing observable and told no listener
+        // anything gets a note; a refused call says so itself.
+        bool watched = changesState(*command);
+        std::vector<std::string> before = watched ? observe(context) : std::vector<std::string>();
+        uint64_t callbacks = callbackCount();
+        context.refused = false;
         command->run(context, Args(*command, rest));
+        if (watched && !context.refused && callbacks == callbackCount() &&
+            observe(context) == before) {
+            emit(noteEvent(std::string(command->name) + " changed nothing"));
+        }
     } catch (const UsageError& e) {
         throw UsageError(std::string(command->name) + ": " + e.what() +
                          "\nusage: " + shown(*command));
     }
+}
+
+std::vector<std::string> completions(const Context& c, const std::string& line) {
+    std::vector<std::string> words;
+    try {
+        words = splitWords(line);
+    } catch (const UsageError&) {
+        return {};  // inside a quoted word
+    }
+    std::string prefix;
+    if (!words.empty() && !line.empty() && !isspace(static_cast<unsigned char>(line.back()))) {
+        prefix = words.back();
+        words.pop_back();
+    }
+    std::vector<std::string> values;
+    size_t nameWords = 0;
+    const Command* command = find(words, nameWords);
+    if (command != nullptr) {
+        std::vector<std::string> usage = usageWords(*command);
+        size_t position = words.size() - nameWords;
+        if (variadic(usage) && position >= usage.size()) position = usage.size() - 1;
+        if (position < usage.size()) values = valuesOf(c, plainName(usage[position]));
+    } else if (words.empty()) {
+        values = valuesOf(c, "COMMAND");
+    } else if (words.size() == 1) {
+        // The second word of a two-word name.
+        for (const Command& command : kCommands) {
+            std::vector<std::string> name = splitWords(command.name);
+            if (name.size() == 2 && name[0] == words[0]) values.push_back(name[1]);
+        }
+    }
+    std::vector<std::string> matches;
+    for (const std::string& value : values) {
+        if (strncasecmp(value.c_str(), prefix.c_str(), prefix.size()) == 0 &&
+            (matches.empty() || matches.back() != value)) {
+            matches.push_back(value);
+        }
+    }
+    return matches;
 }
 
 void check(::android::hardware::Return<void> ret) {

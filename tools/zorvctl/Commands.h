@@ -5,6 +5,7 @@
 #include <stdint.h>
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,11 @@ struct Context {
     bool engineAttached = false;
     bool announced = false;  // whether lastAnnounced holds a crop seen by a listener
     SceneControl lastAnnounced;
+    std::vector<Crop> announcedCrops;          // the first crop of every announcement, in order
+    std::map<std::string, int> registrations;  // listener name: times registered through zorvctl
+    std::set<std::string> cameras;             // every camera id a command has named
+    uint32_t zoomLevel = 0;  // the last level given to setZoomInLimit; 0 before any
+    bool refused = false;    // the last command's call answered false
     uint32_t nextFrame = 0;  // frame number of the next capture request
     bool quit = false;
 };
@@ -84,6 +90,10 @@ std::vector<const Command*> allCommands();
 // Runs one command. Throws UsageError (with the command's usage appended) for words that do
 // not fit, CommandError for a command that failed.
 void runCommand(Context& context, const std::vector<std::string>& words);
+
+// The full words a word being typed may complete to, given the line up to the cursor: command
+// names, then the values an argument takes where they are few (directions, tags, listeners).
+std::vector<std::string> completions(const Context& context, const std::string& line);
 
 // Checks a result that crossed the interface; a failed transport status fails the command.
 template <typename T>

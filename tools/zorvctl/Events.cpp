@@ -6,6 +6,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <atomic>
 #include <mutex>
 
 #include "Format.h"
@@ -16,6 +17,8 @@ namespace {
 
 std::mutex gLock;  // one writer at a time: events come from any thread
 bool gJson = false;
+std::atomic<bool> gFold = false;
+std::atomic<uint64_t> gCallbacks = 0;
 std::function<void(const Event&)> gStream;
 thread_local Capture* tCapture = nullptr;
 
@@ -78,8 +81,9 @@ std::string unquote(const std::string& text) {
 
 const char* prefixOf(const std::string& kind) {
     static const std::pair<const char*, const char*> kPrefixes[] = {
-            {"echo", "> "},  {"result", "=> "}, {"cb", "cb "},   {"engine", "engine "},
-            {"req", "req "}, {"entry", "  "},   {"log", "log "}, {"error", "zorvctl: "}};
+            {"echo", "> "},        {"result", "=> "}, {"cb", "cb "},   {"engine", "engine "},
+            {"req", "req "},       {"entry", "  "},   {"log", "log "}, {"note", "zorvctl: note: "},
+            {"error", "zorvctl: "}};
     for (const auto& [k, prefix] : kPrefixes) {
         if (kind == k) return prefix;
     }
@@ -206,9 +210,13 @@ Event errorEvent(const std::string& message) {
     return make("error", message);
 }
 
+Event noteEvent(const std::string& message) {
+    return make("note", message);
+}
+
 std::vector<std::string> render(const Event& event) {
     std::vector<std::string> lines = {prefixOf(event.kind()) + event.text()};
-    std::string body = event.fields.value("body", "");
+    std::string body = gFold ? "" : event.fields.value("body", "");
     for (size_t start = 0; start < body.size();) {
         size_t end = body.find('\n', start);
         if (end == std::string::npos) end = body.size();
@@ -219,6 +227,7 @@ std::vector<std::string> render(const Event& event) {
 }
 
 void emit(const Event& event) {
+    if (event.kind() == "cb") ++gCallbacks;
     if (tCapture != nullptr) {
         tCapture->mEvents.push_back(event);
         if (tCapture->mQuiet) return;
@@ -230,7 +239,7 @@ void emit(const Event& event) {
         fprintf(stdout, "%s\n", line.c_str());
         return;
     }
-    bool error = event.kind() == "error";
+    bool error = event.kind() == "error" || event.kind() == "note";
     if (error) fflush(stdout);
     for (const std::string& line : render(event)) {
         fwrite(line.data(), 1, line.size(), error ? stderr : stdout);
@@ -240,6 +249,14 @@ void emit(const Event& event) {
 
 void setJsonOutput(bool json) {
     gJson = json;
+}
+
+void setFoldTexts(bool fold) {
+    gFold = fold;
+}
+
+uint64_t callbackCount() {
+    return gCallbacks;
 }
 
 void setEventStream(std::function<void(const Event&)> stream) {

@@ -15,7 +15,7 @@ using Json = nlohmann::ordered_json;
 
 // kind: "echo" (a command read), "result" (=>), "cb" (listener callback), "engine" (framing
 // engine call), "req" (a decoded request), "entry" (one of its settings), "log" (library log
-// line), "error" (on stderr), "line" (anything else: help, property lists).
+// line), "error" and "note" (on stderr), "line" (anything else: help, property lists).
 // fields holds "kind", "text" (the line after its kind's prefix) and what the text says, taken
 // apart: "value" of a result, "listener", "method" and "args" of a callback, "operation" and
 // "args" of an engine call, "priority", "tag" and "message" of a log line; "body" holds a
@@ -33,6 +33,8 @@ Event callbackEvent(const std::string& listener, const std::string& method, cons
                     const std::string* body = nullptr);
 Event engineEvent(const std::string& operation, const std::string& args);
 Event errorEvent(const std::string& message);
+// A call that was accepted but changed nothing (on stderr, like an error).
+Event noteEvent(const std::string& message);
 
 // The lines of an event as zorvctl prints them.
 std::vector<std::string> render(const Event& event);
@@ -47,6 +49,10 @@ Json parseValue(const std::string& text);
 // otherwise stdout (errors to stderr) as text, or as JSON lines with setJsonOutput(true).
 void emit(const Event& event);
 void setJsonOutput(bool json);
+// With fold set, a scene text prints as its header line only, without its "|" lines.
+void setFoldTexts(bool fold);
+// The listener callbacks emitted so far, from every thread.
+uint64_t callbackCount();
 // The stream gets every event not captured quietly, from any thread.
 void setEventStream(std::function<void(const Event&)> stream);
 

@@ -139,6 +139,10 @@ bool parseBool(const std::string& text) {
     throw UsageError(quote(text) + " is not true or false");
 }
 
+std::vector<std::string> directionNames() {
+    return std::vector<std::string>(std::begin(kDirections), std::end(kDirections));
+}
+
 CameraMoveDirection parseDirection(const std::string& text) {
     for (size_t i = 0; i < sizeof(kDirections) / sizeof(kDirections[0]); ++i) {
         if (strcasecmp(text.c_str(), kDirections[i]) == 0) {

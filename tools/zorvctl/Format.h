@@ -41,6 +41,8 @@ std::vector<std::string> splitWords(const std::string& line);
 int64_t parseInteger(const std::string& text, int64_t min, int64_t max);
 double parseReal(const std::string& text);
 bool parseBool(const std::string& text);
+// PAN_LEFT .. APPLY_ZOOM_LIMIT, in value order from 1.
+std::vector<std::string> directionNames();
 // PAN_LEFT .. APPLY_ZOOM_LIMIT, or any int32.
 CameraMoveDirection parseDirection(const std::string& text);
 // "L,T,R,B", optionally in braces.

@@ -21,6 +21,7 @@ namespace {
 
 using ::android::hardware::camera::device::V3_2::CaptureRequest;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::CameraControlCache;
+using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::extractCameraId;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::RequestMetadataQueue;
 
 const char* const kTypeNames[NUM_TYPES] = {"byte", "int32", "float", "int64", "double", "rational"};
@@ -205,30 +206,35 @@ std::shared_ptr<CameraControlCache> existingCache() {
     return cache;
 }
 
-// Prints settings as the device reads them: a header, then one line per entry.
-void printSettings(const std::string& header, const std::vector<uint8_t>& bytes) {
+// Settings as the device reads them: a header, then one line per entry.
+std::vector<std::string> settingsLines(const std::string& header,
+                                       const std::vector<uint8_t>& bytes) {
     // Copied into 8-aligned storage: metadata buffers hold 8-byte values.
     std::vector<uint64_t> aligned((bytes.size() + 7) / 8);
     memcpy(aligned.data(), bytes.data(), bytes.size());
     camera_metadata_t* m = reinterpret_cast<camera_metadata_t*>(aligned.data());
     size_t size = bytes.size();
     if (validate_camera_metadata_structure(m, &size) != 0) {
-        out(header + " size=" + std::to_string(bytes.size()) + " not valid camera metadata");
-        return;
+        return {header + " size=" + std::to_string(bytes.size()) + " not valid camera metadata"};
     }
     char counts[128];
     snprintf(counts, sizeof(counts), " size=%zu entries=%zu/%zu data=%zu/%zu", bytes.size(),
              get_camera_metadata_entry_count(m), get_camera_metadata_entry_capacity(m),
              get_camera_metadata_data_count(m), get_camera_metadata_data_capacity(m));
-    out(header + counts);
+    std::vector<std::string> lines = {header + counts};
     for (size_t i = 0; i < get_camera_metadata_entry_count(m); ++i) {
         camera_metadata_ro_entry_t e;
         if (get_camera_metadata_ro_entry(m, i, &e) != 0) continue;
         char tag[16];
         snprintf(tag, sizeof(tag), "0x%x", e.tag);
-        out(std::string("  ") + tag + " " + tagLabel(e.tag) + " " +
-            (e.type < NUM_TYPES ? kTypeNames[e.type] : "?") + " " + formatValues(e));
+        lines.push_back(std::string("  ") + tag + " " + tagLabel(e.tag) + " " +
+                        (e.type < NUM_TYPES ? kTypeNames[e.type] : "?") + " " + formatValues(e));
     }
+    return lines;
+}
+
+void printSettings(const std::string& header, const std::vector<uint8_t>& bytes) {
+    for (const std::string& line : settingsLines(header, bytes)) out(line);
 }
 
 const char* kindOf(const CaptureRequest& r) {
@@ -236,6 +242,41 @@ const char* kindOf(const CaptureRequest& r) {
 }
 
 }  // namespace
+
+std::vector<std::string> tagNames() {
+    std::vector<std::string> names;
+    for (uint32_t section = 0; section < ANDROID_SECTION_COUNT; ++section) {
+        for (uint32_t tag = section << 16; get_camera_metadata_tag_type(tag) >= 0; ++tag) {
+            names.push_back(tagLabel(tag));
+        }
+    }
+    return names;
+}
+
+std::vector<std::string> cacheEntries(const std::set<std::string>& cameras) {
+    std::shared_ptr<CameraControlCache> cache = cacheInstance();
+    if (cache == nullptr) return {"cache: not created yet"};
+    std::set<std::string> ids;
+    for (const std::string& camera : cameras) ids.insert(extractCameraId(camera));
+    std::vector<std::string> lines;
+    for (const std::string& id : ids) {
+        // A request without settings gets every entry of the camera.
+        ::android::hardware::hidl_vec<CaptureRequest> batch(1);
+        cache->applyMetaData(id, batch, nullptr);
+        const auto& settings = batch[0].settings;
+        std::string line = "cache " + quote(id) + ":";
+        if (settings.size() == 0) {
+            lines.push_back(line + " no entries");
+            continue;
+        }
+        std::vector<std::string> entries = settingsLines(
+                "", std::vector<uint8_t>(settings.data(), settings.data() + settings.size()));
+        for (size_t i = 1; i < entries.size(); ++i)
+            line += (i > 1 ? ";" : "") + entries[i].substr(1);
+        lines.push_back(line);
+    }
+    return lines;
+}
 
 uint32_t parseTag(const std::string& text) {
     if (!text.empty() && (isdigit(static_cast<unsigned char>(text[0])) || text[0] == '-')) {

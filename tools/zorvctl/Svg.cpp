@@ -2,12 +2,11 @@
 #include "Svg.h"
 
 #include <stdio.h>
-#include <stdlib.h>
 
 #include <map>
 #include <tuple>
 
-#include <cutils/properties.h>
+#include "State.h"
 
 namespace zorvctl {
 
@@ -37,6 +36,7 @@ std::string rect(const Crop& c, const char* color, const std::string& style,
     double w = (c.right - c.left) * kScale, h = (c.bottom - c.top) * kScale;
     std::string svg = "  <rect x=\"" + num(x) + "\" y=\"" + num(y) + "\" width=\"" + num(w) +
                       "\" height=\"" + num(h) + "\" stroke=\"" + color + "\" " + style + "/>\n";
+    if (label.empty()) return svg;
     bool right = corner[1] == 'r', bottom = corner[0] == 'b';
     svg += "  <text x=\"" + num(right ? x + w - 40 : x + 40) + "\" y=\"" +
            num(bottom ? y + h - 50 : y + 140) + "\" fill=\"" + color + "\"" +
@@ -49,16 +49,6 @@ std::string legend(int line, const char* color, const std::string& text) {
            color + "\">" + text + "</text>\n";
 }
 
-bool presetProperty(int number, const char* suffix, int32_t& value) {
-    char name[PROPERTY_KEY_MAX];
-    char text[PROPERTY_VALUE_MAX];
-    snprintf(name, sizeof(name), "persist.camera.preset.%d.%s", number, suffix);
-    if (property_get(name, text, "") <= 0) return false;
-    char* end = nullptr;
-    value = static_cast<int32_t>(strtol(text, &end, 10));
-    return *end == '\0';
-}
-
 }  // namespace
 
 void writeSvg(Context& c, const std::string& path) {
@@ -67,19 +57,18 @@ void writeSvg(Context& c, const std::string& path) {
 
     // Presets with the same rectangle share one outline and one label.
     std::map<std::tuple<int32_t, int32_t, int32_t, int32_t>, std::string> presets;
-    for (int n = 0; n <= 99; ++n) {
-        Crop p;
-        if (presetProperty(n, "l", p.left) && presetProperty(n, "t", p.top) &&
-            presetProperty(n, "r", p.right) && presetProperty(n, "b", p.bottom)) {
-            std::string& label = presets[std::make_tuple(p.left, p.top, p.right, p.bottom)];
-            label += (label.empty() ? "preset " : ", ") + std::to_string(n);
-        }
+    for (const auto& [n, p] : storedPresets()) {
+        std::string& label = presets[std::make_tuple(p.left, p.top, p.right, p.bottom)];
+        label += (label.empty() ? "preset " : ", ") + std::to_string(n);
     }
 
     std::string svg =
-            "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"710\" height=\"488\" "
-            "viewBox=\"-120 -160 5680 3900\" font-family=\"sans-serif\" font-size=\"110\">\n"
-            "  <rect x=\"-120\" y=\"-160\" width=\"5680\" height=\"3900\" fill=\"#ffffff\"/>\n"
+            "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"710\" height=\"495\" "
+            "viewBox=\"-120 -160 5680 3960\" font-family=\"sans-serif\" font-size=\"110\">\n"
+            "  <defs><marker id=\"arrow\" viewBox=\"0 0 10 10\" refX=\"8\" refY=\"5\" "
+            "markerWidth=\"6\" markerHeight=\"6\" orient=\"auto\"><path d=\"M0,0 L10,5 L0,10 z\" "
+            "fill=\"#1565c0\"/></marker></defs>\n"
+            "  <rect x=\"-120\" y=\"-160\" width=\"5680\" height=\"3960\" fill=\"#ffffff\"/>\n"
             "  <text x=\"0\" y=\"-50\" fill=\"#37474f\">frame 5440 x 3060, crops of the 1280 x 720 "
             "space drawn x4.25</text>\n"
             "  <rect x=\"0\" y=\"0\" width=\"5440\" height=\"3060\" fill=\"#eceff1\" "
@@ -90,6 +79,21 @@ void writeSvg(Context& c, const std::string& path) {
                 inForce.crops[0], kInForce,
                 "stroke-width=\"36\" fill=\"" + std::string(kInForce) + "\" fill-opacity=\"0.15\"",
                 "in force", "tl");
+    }
+    // Every announced crop, thin, with the path of their centres in the order announced.
+    std::string centres;
+    for (const Crop& a : c.announcedCrops) {
+        svg += rect(a, kAnnounced, "stroke-width=\"6\" stroke-opacity=\"0.5\" fill=\"none\"", "",
+                    "tl");
+        std::string x = num((a.left + a.right) * kScale / 2),
+                    y = num((a.top + a.bottom) * kScale / 2);
+        centres += (centres.empty() ? "M" : " L") + x + " " + y;
+        svg += "  <circle cx=\"" + x + "\" cy=\"" + y + "\" r=\"30\" fill=\"" + kAnnounced +
+               "\"/>\n";
+    }
+    if (c.announcedCrops.size() > 1) {
+        svg += "  <path d=\"" + centres + "\" stroke=\"" + kAnnounced +
+               "\" stroke-width=\"10\" fill=\"none\" marker-end=\"url(#arrow)\"/>\n";
     }
     if (c.announced && c.lastAnnounced.crops.size() > 0) {
         svg += rect(c.lastAnnounced.crops[0], kAnnounced,
@@ -110,7 +114,10 @@ void writeSvg(Context& c, const std::string& path) {
                   "last announced to listeners: " + (c.announced && c.lastAnnounced.crops.size() > 0
                                                              ? formatCrop(c.lastAnnounced.crops[0])
                                                              : "none"));
-    svg += legend(2, kPreset, "presets: " + (presetList.empty() ? "none" : presetList));
+    svg += legend(2, kAnnounced,
+                  "every announced crop (thin) and the path of their centres: " +
+                          std::to_string(c.announcedCrops.size()) + " announcements");
+    svg += legend(3, kPreset, "presets: " + (presetList.empty() ? "none" : presetList));
     svg += "</svg>\n";
 
     FILE* file = fopen(path.c_str(), "w");

@@ -16,6 +16,8 @@
 #include "Client.h"
 #include "Commands.h"
 #include "FDSession.h"
+#include "LineEditor.h"
+#include "Props.h"
 #include "Server.h"
 #include "Svg.h"
 
@@ -25,15 +27,17 @@ using namespace zorvctl;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
 
 constexpr const char* kUsage =
-        "usage: zorvctl [--lib PATH] [--log] [--props FILE] [--svg FILE] [--json]\n"
+        "usage: zorvctl [--lib PATH] [--log] [--fold] [--props FILE] [--svg FILE] [--json]\n"
         "               [--connect [HOST:PORT]] [-f SCRIPT | -c COMMAND]... [COMMAND ARGS...]\n"
         "       zorvctl [--lib PATH] [--log] [--props FILE] serve [--port N]\n"
-        "Runs the commands of each -f script and -c option in order, then the command given by\n"
-        "the remaining arguments; with none of these, reads commands from standard input.\n"
+        "Runs the commands of each -f script (- for standard input) and -c option in order, then\n"
+        "the command given by the remaining arguments; with none of these, reads commands from\n"
+        "standard input, with line editing, history and Tab completion at a terminal.\n"
         "  --lib PATH    the provider library to load (default: the one built with zorvctl)\n"
         "  --log         print the library's log lines as \"log P/TAG: text\"\n"
-        "  --props FILE  load system properties (NAME=VALUE lines) at start; save the persist.*\n"
-        "                ones there at exit\n"
+        "  --fold        print scene texts as their header line only, without the \"|\" lines\n"
+        "  --props FILE  load system properties (NAME=VALUE lines) at start; write the persist.*\n"
+        "                ones back after every change, keeping the file's other lines\n"
         "  --svg FILE    write a picture of the framing at exit\n"
         "  --json        print each event as one JSON object a line\n"
         "  --connect [HOST:PORT]  run the commands on \"zorvctl serve\" (127.0.0.1:8734);\n"
@@ -41,11 +45,14 @@ constexpr const char* kUsage =
         "  serve         keep one provider and serve it on 127.0.0.1 (port 8734, 0 for any):\n"
         "                a JSON API, an event stream and a web panel at http://127.0.0.1:PORT/\n"
         "Exit status: 0, 1 when a command failed (scripts and arguments stop at the first\n"
-        "failure; standard input goes on), 2 for bad options, files or library.\n"
-        "\"zorvctl help\" lists the commands.\n";
+        "failure; standard input goes on to its end), 2 for bad options, files or library.\n"
+        "\"zorvctl help\" lists the commands with the units, levels and modes.\n";
 
 constexpr const char* kFactory = "HIDL_FETCH_IZorvCameraProvider";
-constexpr const char* kPersistPrefix = "persist.";
+// The instance name the device's service host registers the provider under.
+constexpr const char* kInstance = "zorv/0";
+
+PropsFile* sProps = nullptr;  // the --props file, written after every command
 
 struct Source {
     enum Kind { kScript, kCommand, kWords } kind;
@@ -73,13 +80,15 @@ std::unique_ptr<Client> remote;  // with --connect: where commands run
 
 // Runs one command; false when it failed. `where` names it in messages.
 bool runWords(Context& context, const std::vector<std::string>& words, const std::string& where) {
+    bool ok = true;
     try {
         remote ? remote->run(words, context.quit) : runCommand(context, words);
-        return true;
     } catch (const std::exception& e) {
         error(where + ": " + e.what());
-        return false;
+        ok = false;
     }
+    // A failed command may have changed a property too.
+    return (sProps == nullptr || sProps->save()) && ok;
 }
 
 // Runs one line of text, echoed first unless typed at a terminal; blank lines and comments
@@ -97,18 +106,13 @@ bool runLine(Context& context, const std::string& line, const std::string& where
     return runWords(context, words, where);
 }
 
-// Runs the lines of a stream; in a script every failure stops it.
-bool runStream(Context& context, std::istream& in, const std::string& name, bool stopOnError,
-               bool prompt) {
+// Runs the lines read(line) gives until it gives none; in a script every failure stops it.
+template <typename Read>
+bool runLines(Context& context, Read read, const std::string& name, bool stopOnError, bool echo) {
     std::string line;
     bool ok = true;
-    for (int number = 1; !context.quit; ++number) {
-        if (prompt) {
-            fputs("zorvctl> ", stdout);
-            fflush(stdout);
-        }
-        if (!std::getline(in, line)) break;
-        if (!runLine(context, line, name + ":" + std::to_string(number), !prompt)) {
+    for (int number = 1; !context.quit && read(line); ++number) {
+        if (!runLine(context, line, name + ":" + std::to_string(number), echo)) {
             ok = false;
             if (stopOnError) return false;
         }
@@ -117,37 +121,10 @@ bool runStream(Context& context, std::istream& in, const std::string& name, bool
     return ok;
 }
 
-bool loadProperties(const std::string& path) {
-    std::ifstream in(path);
-    if (!in) return true;  // a first run starts without properties
-    std::string line;
-    for (int number = 1; std::getline(in, line); ++number) {
-        if (line.empty() || line[0] == '#') continue;
-        size_t eq = line.find('=');
-        if (eq == std::string::npos || eq == 0 ||
-            property_set(line.substr(0, eq).c_str(), line.substr(eq + 1).c_str()) != 0) {
-            error(path + ":" + std::to_string(number) + ": not a property NAME=VALUE");
-            return false;
-        }
-    }
-    return true;
-}
-
-void collectPersistent(const char* key, const char* value, void* cookie) {
-    if (strncmp(key, kPersistPrefix, strlen(kPersistPrefix)) == 0) {
-        *static_cast<std::string*>(cookie) += std::string(key) + "=" + value + "\n";
-    }
-}
-
-// Keeps what a device keeps over a reboot: the persist.* properties.
-bool saveProperties(const std::string& path) {
-    std::string text;
-    property_list(collectPersistent, &text);
-    std::ofstream file(path, std::ios::trunc);
-    file << text;
-    file.close();
-    if (!file) error("cannot write " + path);
-    return static_cast<bool>(file);
+bool runStream(Context& context, std::istream& in, const std::string& name, bool stopOnError) {
+    return runLines(
+            context, [&in](std::string& line) { return !!std::getline(in, line); }, name,
+            stopOnError, true);
 }
 
 }  // namespace
@@ -163,6 +140,8 @@ int main(int argc, char** argv) {
         bool hasValue = i + 1 < argc;
         if (option == "--log") {
             log = true;
+        } else if (option == "--fold") {
+            setFoldTexts(true);
         } else if (option == "-h" || option == "--help") {
             fputs(kUsage, stdout);
             return 0;
@@ -207,9 +186,12 @@ int main(int argc, char** argv) {
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
     __android_log_set_logger(log || port >= 0 ? printLog : dropLog);
     // Properties exist before the service starts, as on a booted device.
-    if (!props.empty() && !loadProperties(props)) return 2;
+    PropsFile propsFile(props);
+    if (!props.empty()) {
+        if (!propsFile.load()) return 2;
+        sProps = &propsFile;
+    }
 
-    // With --connect the local provider stays unused: commands run on the service's.
     if (!connect.empty()) {
         if (!props.empty() || port >= 0) {
             error("--props and serve belong to the service, not to --connect");
@@ -223,39 +205,45 @@ int main(int argc, char** argv) {
         }
     }
     if (port >= 0) blockStopSignals();
-    // The passthrough service host's way: open the library, look up the factory, call it.
-    void* handle = dlopen(lib.c_str(), RTLD_NOW);
-    if (handle == nullptr) {
-        error(std::string("cannot load the provider library: ") + dlerror());
-        return 2;
-    }
-    using Factory = IZorvCameraProvider* (*)(const char*);
-    Factory fetch = reinterpret_cast<Factory>(dlsym(handle, kFactory));
-    if (fetch == nullptr) {
-        error(std::string("no provider factory: ") + dlerror());
-        return 2;
+    // The passthrough service host's way: open the library, look up the factory, call it. With
+    // --connect the commands run on the service's provider instead.
+    sp<IZorvCameraProvider> provider;
+    if (remote == nullptr) {
+        void* handle = dlopen(lib.c_str(), RTLD_NOW);
+        if (handle == nullptr) {
+            error(std::string("cannot load the provider library: ") + dlerror());
+            return 2;
+        }
+        using Factory = IZorvCameraProvider* (*)(const char*);
+        Factory fetch = reinterpret_cast<Factory>(dlsym(handle, kFactory));
+        if (fetch == nullptr) {
+            error(std::string("no provider factory: ") + dlerror());
+            return 2;
+        }
+        provider = fetch(kInstance);
+        if (provider == nullptr) {
+            error(std::string(kFactory) + " returned no provider");
+            return 2;
+        }
     }
 
     int status = 0;
     {
         Context context;
-        context.provider = fetch("default");
-        if (context.provider == nullptr) {
-            error(std::string(kFactory) + " returned no provider");
-            return 2;
-        }
+        context.provider = std::move(provider);
         if (port >= 0) status = serve(context, port);
         int commandNumber = 0;
         for (const Source& source : sources) {
             bool ok = true;
             if (source.kind == Source::kScript) {
-                std::ifstream in(source.text);
-                if (!in) {
+                std::ifstream file(source.text);
+                if (source.text != "-" && !file) {
                     error("cannot read " + source.text);
                     status = 2;
                     break;
                 }
-                ok = runStream(context, in, source.text, true, false);
+                ok = source.text == "-" ? runStream(context, std::cin, "stdin", true)
+                                        : runStream(context, file, source.text, true);
             } else if (source.kind == Source::kCommand) {
                 ok = runLine(context, source.text, "-c " + std::to_string(++commandNumber), true);
             } else {
@@ -264,16 +252,19 @@ int main(int argc, char** argv) {
             if (!ok) status = 1;
             if (!ok || context.quit) break;
         }
-        if (sources.empty() && port < 0) {
-            bool terminal = isatty(STDIN_FILENO);
-            runStream(context, std::cin, "stdin", false, terminal);
-            if (terminal) fputc('\n', stdout);
+        if (sources.empty() && port < 0 && isatty(STDIN_FILENO)) {
+            LineEditor editor(context);
+            runLines(
+                    context, [&editor](std::string& line) { return editor.read(line); }, "stdin",
+                    false, false);
+            fputc('\n', stdout);
+        } else if (sources.empty() && port < 0 && !runStream(context, std::cin, "stdin", false)) {
+            status = 1;
         }
 
         if (!svg.empty() && !runWords(context, {"svg", svg}, "--svg")) status = status ? status : 2;
         if (context.engineAttached) FDSession::getInstance()->attachEngine(nullptr);
     }
-    if (!props.empty() && !saveProperties(props)) status = status ? status : 2;
     fflush(stdout);
     return status;
 }

@@ -1,5 +1,5 @@
-# On standard input every error is reported and the next line still runs; the status is 0.
-"$ZORVCTL" <<'INPUT'
+# On standard input every error is reported and the next line still runs; the status is 1.
+"$ZORVCTL" --fold <<'INPUT'
 setListener L1
 zoom 0 in
 moveCamera 0 ZOOM_IN ten

@@ -6,7 +6,7 @@ echo "exit $?"
 echo "--- saved properties"
 cat "$WORK/props"
 echo "--- second run"
-"$ZORVCTL" --props "$WORK/props" --svg "$WORK/presets.svg" -c "setListener L1" \
+"$ZORVCTL" --fold --props "$WORK/props" --svg "$WORK/presets.svg" -c "setListener L1" \
   -c "getCurrentCameraCropArea" -c "gotoPreset 0 7" -c "gotoPreset 0 8" \
   -c "prop get persist.camera.preset.7.r" -c "prop get vendor.not.kept"
 echo "exit $?"

@@ -83,7 +83,7 @@ def run_clients(service, calls, pick):
 
 
 def load(service):
-    assert service.call("setListener", {"name": "watcher"})[0] == 200
+    assert service.call("setListener", {"listener": "watcher"})[0] == 200
     last = {}  # from the event stream: the last tracking mode and crop announced, the last seq
     stream = urllib.request.urlopen(service.url + "/api/events", timeout=30)
 

@@ -127,4 +127,4 @@ events.onmessage = (m) => {
   if (e.kind !== "log") refresh();
 };
 // The panel's own listener, registered once: it shows callbacks and keeps the last announced crop.
-api("clearListener", { name: "panel" }).then(() => api("setListener", { name: "panel" }));
+api("clearListener", { listener: "panel" }).then(() => api("setListener", { listener: "panel" }));
