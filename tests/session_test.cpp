@@ -1,4 +1,7 @@
 // Session access: one session per process, its reset framing and the forwarding interface.
+#include <atomic>
+#include <functional>
+#include <memory>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -8,6 +11,7 @@
 #include "ZorvCameraProvider.h"
 #include "support/LogCapture.h"
 #include "support/RecordingEngine.h"
+#include "support/Watchdog.h"
 
 using namespace testing_support;
 using ::android::sp;
@@ -16,8 +20,10 @@ using ::android::hardware::camera::device::V3_2::CaptureRequest;
 using ::android::hardware::camera::device::V3_2::StreamConfiguration;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::IFDSession;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
+using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FramingEngine;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::Crop;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::SceneControl;
+using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
 
 namespace {
@@ -124,4 +130,63 @@ TEST(SessionTest, HandlerResultsAreTranslated) {
     EXPECT_EQ(counts.setCallback, 1);
     EXPECT_EQ(counts.configure, 2);
     EXPECT_EQ(counts.captureRequest, 2);
+}
+
+namespace {
+
+// An engine whose track control runs `inside`, then waits for `release` and counts the call
+// in its own state: freed memory if the engine was destroyed meanwhile.
+class SlowEngine : public FramingEngine {
+  public:
+    SlowEngine(std::function<void()> inside, const std::atomic<bool>& release)
+        : mInside(std::move(inside)), mRelease(release) {}
+    void onSceneControl(const SceneControl&) override {}
+    void onPTZControl(const SceneControl&) override {}
+    void onTrackControl(const TrackControl&) override {
+        mInside();
+        while (!mRelease) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        ++mTrackControls;
+    }
+    void onTrackingModeChanged(int32_t) override {}
+
+  private:
+    std::function<void()> mInside;
+    const std::atomic<bool>& mRelease;
+    int mTrackControls = 0;
+};
+
+}  // namespace
+
+TEST(SessionConcurrencyTest, DetachingWaitsForTrackControlsInFlightOnOtherThreads) {
+    Watchdog watchdog(std::chrono::seconds(20), "engine detach");
+    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+    sp<FDSession> session = FDSession::getInstance();
+    std::atomic<bool> entered{false}, release{true}, detached{false};
+
+    // An engine may detach itself from inside its own track control on the same thread
+    auto engine = std::make_unique<SlowEngine>([&] { session->attachEngine(nullptr); }, release);
+    session->attachEngine(engine.get());
+    provider->setTracking(TrackControl{});
+
+    // Given a track control in flight on one thread
+    release = false;
+    engine = std::make_unique<SlowEngine>([&] { entered = true; }, release);
+    session->attachEngine(engine.get());
+    std::thread tracking([&] { provider->setTracking(TrackControl{}); });
+    while (!entered) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+
+    // When another thread detaches the engine and then destroys it
+    std::thread owner([&] {
+        session->attachEngine(nullptr);
+        detached = true;
+        engine.reset();
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+
+    // Then the detach returns only after the call in flight has
+    EXPECT_FALSE(detached);
+    release = true;
+    tracking.join();
+    owner.join();
+    EXPECT_TRUE(detached);
 }
