@@ -39,8 +39,8 @@ using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCame
 
 namespace {
 
-constexpr int kThreads = 6;
-constexpr int kOpsPerThread = 800;
+constexpr int kThreads = 8;
+constexpr int kOpsPerThread = 2000;
 constexpr int kSettleOpsPerThread = 25;
 constexpr std::chrono::seconds kBound{60};
 // Notifications each dying listener takes before its process dies.

@@ -71,7 +71,7 @@ int32_t markerOf(const Bytes& blob) {
 void applyBatch(OpContext& c) {
     thread_local std::shared_ptr<RequestMetadataQueue> queue =
             std::make_shared<RequestMetadataQueue>(64 * 1024);
-    thread_local int32_t blobs = 0;
+    thread_local uint32_t blobs = 0;
     hidl_vec<CaptureRequest> requests(c.in.index(4) + 1);
     std::vector<int32_t> markers(requests.size(), -1);
     std::vector<Bytes> own(requests.size());
@@ -79,7 +79,7 @@ void applyBatch(OpContext& c) {
         requests[i].frameNumber = i;
         switch (c.in.index(3)) {
             case 0: {
-                markers[i] = blobs++;
+                markers[i] = static_cast<int32_t>(blobs++ & 0xFFFFFF);
                 const Bytes blob = queuedBlob(markers[i], c.in.index(2));
                 queue->write(blob.data(), blob.size());
                 requests[i].fmqSettingsSize = blob.size();
@@ -115,9 +115,13 @@ void applyBatch(OpContext& c) {
 }
 
 SceneControl pickScene(Choices& in) {
+    // Edges wrap like the crop arithmetic, so that any picked values stay defined.
+    auto plus = [](int32_t a, int32_t b) {
+        return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+    };
     const int32_t l = in.pick(0, 600), t = in.pick(0, 300);
     hidl_vec<Crop> crops;
-    if (in.index(5) != 0) crops = {Crop{l, t, l + in.pick(1, 680), t + in.pick(1, 420)}};
+    if (in.index(5) != 0) crops = {Crop{l, t, plus(l, in.pick(1, 680)), plus(t, in.pick(1, 420))}};
     return {crops, in.pick(1280, 1280), in.pick(720, 720), in.pick(0, 2), in.pick(0, 500), 0};
 }
 
