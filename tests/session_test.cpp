@@ -89,7 +89,7 @@ TEST(SessionTest, NewSessionHoldsWholeFrameAndResetKeepsTransitionAndDuration) {
               (std::vector<LogLine>{providerLine(kDebug, "PTZ Scene reset 0 0 1280 720")}));
 }
 
-TEST(SessionTest, InterfacesAreDistinctAndDriveTheSameSession) {
+TEST(SessionTest, InterfacesAreDistinctDriveTheSameSessionAndTranslateHandlerResults) {
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     LogCapture::clear();
 
@@ -99,34 +99,20 @@ TEST(SessionTest, InterfacesAreDistinctAndDriveTheSameSession) {
     ASSERT_NE(first, nullptr);
     ASSERT_NE(second, nullptr);
     EXPECT_NE(first.get(), second.get());
-    EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{
-                                           providerLine(kInfo, "getFDSessionInterface: enter \n"),
-                                           providerLine(kInfo, "getFDSessionInterface: exit \n"),
-                                           providerLine(kInfo, "getFDSessionInterface: enter \n"),
-                                           providerLine(kInfo, "getFDSessionInterface: exit \n"),
-                                   }));
+    const LogLine enter = providerLine(kInfo, "getFDSessionInterface: enter \n");
+    const LogLine exit = providerLine(kInfo, "getFDSessionInterface: exit \n");
+    EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{enter, exit, enter, exit}));
 
-    // Both reach the one session's handlers
+    // Both reach the one session's handlers; any handler failure becomes 1, success stays 0,
+    // and setCallback always answers 0
     EXPECT_EQ(static_cast<int32_t>(first->configure(StreamConfiguration{})), 0);
-    EXPECT_EQ(static_cast<int32_t>(second->configure(StreamConfiguration{})), 0);
-    EXPECT_EQ(fdstream_host::handlerCounts().configure, 2);
+    EXPECT_EQ(static_cast<int32_t>(second->processCaptureRequest(CaptureRequest{})), 0);
     EXPECT_TRUE(FDSession::getInstance()->mConfigured);
-}
-
-TEST(SessionTest, HandlerResultsAreTranslated) {
-    sp<IFDSession> session = FDSession::getInstance()->getInterface();
-
-    // Any handler failure becomes 1, success stays 0; setCallback always answers 0.
     fdstream_host::setHandlerResults(-22, -22, -22);
-    EXPECT_EQ(static_cast<int32_t>(session->configure(StreamConfiguration{})), 1);
-    EXPECT_EQ(static_cast<int32_t>(session->processCaptureRequest(CaptureRequest{})), 1);
-    EXPECT_EQ(static_cast<int32_t>(session->setCallback(nullptr)), 0);
-
-    fdstream_host::setHandlerResults(0, 0, 0);
-    EXPECT_EQ(static_cast<int32_t>(session->configure(StreamConfiguration{})), 0);
-    EXPECT_EQ(static_cast<int32_t>(session->processCaptureRequest(CaptureRequest{})), 0);
-
-    auto counts = fdstream_host::handlerCounts();
+    EXPECT_EQ(static_cast<int32_t>(second->configure(StreamConfiguration{})), 1);
+    EXPECT_EQ(static_cast<int32_t>(first->processCaptureRequest(CaptureRequest{})), 1);
+    EXPECT_EQ(static_cast<int32_t>(first->setCallback(nullptr)), 0);
+    const auto counts = fdstream_host::handlerCounts();
     EXPECT_EQ(counts.setCallback, 1);
     EXPECT_EQ(counts.configure, 2);
     EXPECT_EQ(counts.captureRequest, 2);
