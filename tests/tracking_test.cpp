@@ -1,4 +1,5 @@
 // Tracking mode: notification, talker-tracking property, session reset and track controls.
+#include <atomic>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -181,10 +182,12 @@ TEST(TrackingConcurrencyTest, TwoProvidersSetTheModeAtOnce) {
     // The first-notification flag is process-wide: two providers share it (a race shows in the
     // ThreadSanitizer stage).
     sp<ZorvCameraProvider> providers[] = {new ZorvCameraProvider(), new ZorvCameraProvider()};
+    std::atomic<int> ready{0};
     std::vector<std::thread> threads;
     for (const auto& p : providers) {
-        threads.emplace_back([p] {
-            for (int i = 0; i < 50; ++i) {
+        threads.emplace_back([p, &ready] {
+            for (++ready; ready < 2;) std::this_thread::yield();
+            for (int i = 0; i < 1000; ++i) {
                 p->setTrackingMode("0", i % 2 ? TrackingMode::MODE_1 : TrackingMode::OFF);
             }
         });
