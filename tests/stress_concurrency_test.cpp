@@ -65,43 +65,25 @@ class RandomChoices : public Choices {
     std::mt19937 mRandom;
 };
 
-// What went wrong in any thread, reported after they have all finished.
-class Problems {
+// A list that threads add to under its own lock: what went wrong, threads listeners started.
+template <typename T>
+class Collected {
   public:
-    void add(const std::string& what) {
+    void add(T item) {
         std::lock_guard<std::mutex> lock(mLock);
-        mWhat.push_back(what);
+        mItems.push_back(std::move(item));
     }
-    std::vector<std::string> all() {
+    std::vector<T> take() {
         std::lock_guard<std::mutex> lock(mLock);
-        return mWhat;
+        return std::move(mItems);
     }
 
   private:
-    std::mutex mLock;  // guards mWhat
-    std::vector<std::string> mWhat;
+    std::mutex mLock;  // guards mItems
+    std::vector<T> mItems;
 };
-
-// Threads started by listeners, joined at the end of a phase.
-class Started {
-  public:
-    void add(std::thread t) {
-        std::lock_guard<std::mutex> lock(mLock);
-        mThreads.push_back(std::move(t));
-    }
-    void joinAll() {
-        std::vector<std::thread> threads;
-        {
-            std::lock_guard<std::mutex> lock(mLock);
-            threads.swap(mThreads);
-        }
-        for (std::thread& t : threads) t.join();
-    }
-
-  private:
-    std::mutex mLock;  // guards mThreads
-    std::vector<std::thread> mThreads;
-};
+using Problems = Collected<std::string>;
+using Started = Collected<std::thread>;
 
 // Calls made from inside a listener do not call back again on the same thread.
 thread_local bool tInsideListener = false;
@@ -241,12 +223,12 @@ TEST(StressConcurrencyTest, EveryMethodOfTwoProvidersWithListenersThatCallBackEn
     churning = false;
     churn.join();
     reentry = false;
-    started.joinAll();
+    for (std::thread& t : started.take()) t.join();
 
     // Then every operation ran, nothing impossible was seen, and the two plain listeners heard
     // the same notifications in the same order, crops only when they changed
     for (size_t op = 0; op < ops.size(); ++op) EXPECT_GT(counts[op].load(), 0) << ops[op].name;
-    EXPECT_EQ(problems.all(), std::vector<std::string>{});
+    EXPECT_EQ(problems.take(), std::vector<std::string>{});
     EXPECT_EQ(first->events(), second->events());
     const std::vector<SceneControl> crops = first->crops();
     for (size_t i = 1; i < crops.size(); ++i) EXPECT_FALSE(crops[i - 1] == crops[i]) << i;
