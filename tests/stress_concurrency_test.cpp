@@ -41,7 +41,7 @@ namespace {
 
 constexpr int kThreads = 8;
 constexpr int kOpsPerThread = 2000;
-constexpr int kSettleOpsPerThread = 25;
+constexpr int kSettleOpsPerThread = 60;
 constexpr std::chrono::seconds kBound{60};
 // Notifications each dying listener takes before its process dies.
 constexpr int kFirstDeathAfter = 40;
