@@ -4,8 +4,12 @@
 
 #include <stdint.h>
 
+#include <condition_variable>
 #include <map>
 #include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include <utils/StrongPointer.h>
 #include <utils/Thread.h>
@@ -63,8 +67,17 @@ class FDSession : public ::android::Thread {
     int32_t handleSetCallback(const ::android::sp<IFDSessionCallback>& callback);
     int32_t handleConfigure(const StreamConfiguration& configuration);
     int32_t handleCaptureRequest(const CaptureRequest& request);
-    // Stream-handling half: attaches (or with nullptr detaches) the framing engine.
+    // Stream-handling half: attaches (or with nullptr detaches) the framing engine. Returns only
+    // once no other thread is inside a call to the engine it replaces, so that its owner may
+    // destroy it then. A call made on the calling thread itself (an engine detaching from inside
+    // its own onTrackControl) is not waited for. Not to be called with mLock held: calls made
+    // under it are already excluded by it, and the wait would hold it.
     void attachEngine(FramingEngine* engine);
+    // Stream-handling half: the engine for one call made outside mLock (onTrackControl), or
+    // null. Called with mLock held, so that it is the engine attached then; every non-null
+    // result is handed back with releaseEngine once the call has returned.
+    FramingEngine* acquireEngine();
+    void releaseEngine(FramingEngine* engine);
 
     ~FDSession() override;
 
@@ -85,6 +98,12 @@ class FDSession : public ::android::Thread {
     SceneControl mPTZControl;
     int32_t mTrackingMode;
     FramingEngine* mEngine;  // not owned
+
+    // Used only by the stream-handling half: the engine calls in flight outside mLock, by
+    // thread, guarded by mEngineCallsLock (a leaf: nothing else is taken while it is held).
+    std::mutex mEngineCallsLock;
+    std::condition_variable mEngineCallsDone;
+    std::vector<std::pair<std::thread::id, FramingEngine*>> mEngineCalls;
 
   private:
     FDSession();

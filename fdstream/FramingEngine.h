@@ -16,7 +16,8 @@ namespace implementation {
 // Arguments are temporary copies, valid only during the call. The session calls
 // onSceneControl, onPTZControl and onTrackingModeChanged with FDSession::mLock held,
 // onTrackControl without it. The four operations are the whole virtual table, in this
-// order; the engine's owner destroys it, never the session.
+// order; the engine's owner destroys it, never the session, once FDSession::attachEngine has
+// replaced it (which waits for calls in flight on other threads).
 class FramingEngine {
   public:
     virtual void onSceneControl(

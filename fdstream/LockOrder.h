@@ -11,10 +11,14 @@
 #endif
 
 // The three locks of the service, as ranks. A thread may take a lock while it holds locks of
-// lower or equal order only; a lock marked alone is never held together with another. So the
-// provider lock comes first, the session lock may be taken inside it, never the reverse, and
-// the cache lock stands apart from both. Re-entering a held lock is checked the same way: it
-// would be the same inversion on a path where the outer lock is not already held.
+// lower or equal order only, and holds at most one lock of each rank. So the provider lock comes
+// first, the session lock may be taken inside it, never the reverse; the cache lock is a leaf:
+// it may be taken inside either, and nothing is taken while it is held. Calling out (a listener,
+// an engine) always takes the provider or session lock first, so that too is caught while the
+// cache lock is held. Two providers' locks held by one thread (a listener of one calling
+// another) would deadlock against the reverse call, so they count as one rank taken twice.
+// Re-entering a held lock is checked the same way: it would be the same inversion on a path
+// where the outer lock is not already held.
 //
 // With ZORV_LOCK_ORDER_CHECKS defined (the host build defines it for every build type but
 // Release) each lock records, per thread, which ranks are held and aborts with a message on the
@@ -43,8 +47,8 @@ namespace lockorder {
 
 struct RankRule {
     const char* name;
-    int order;   // a lock may be taken while holding only locks of order <= its own
-    bool alone;  // never held together with any other lock
+    int order;  // a lock may be taken while holding only locks of order <= its own
+    bool leaf;  // nothing is taken while it is held
 };
 
 inline const RankRule& ruleOf(LockRank rank) {
@@ -88,8 +92,8 @@ inline void checkRequest(const void* mutex, LockRank rank) {
         const HeldLocks::Held& h = locks.held[i];
         if (h.mutex == mutex) continue;
         const RankRule& held = ruleOf(h.rank);
-        if (held.alone) fail(wanted.name, held.name, ", which is held alone");
-        if (wanted.alone) fail(wanted.name, held.name, "; it is held alone");
+        if (held.leaf) fail(wanted.name, held.name, ", which is a leaf");
+        if (h.rank == rank) fail(wanted.name, held.name, " of another instance");
         if (held.order > wanted.order) fail(wanted.name, held.name, ", which must come after it");
     }
 }

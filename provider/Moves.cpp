@@ -127,6 +127,10 @@ bool ZorvCameraProvider::moveCamera_l(const hidl_string& cameraId, CameraMoveDir
                                       int32_t step) {
     ALOGD("ZorvCameraProvider moveCamera %s %d by %d \n", cameraId.c_str(),
           static_cast<int32_t>(direction), step);
+    // One ordered step from the tracking check to the announcement (provider lock, then session
+    // lock): moves, presets and tracking changes on this provider store and announce their
+    // crops in one order, so the crop in force is the one announced last.
+    std::lock_guard lock(mLock);
     if (getTrackingMode(cameraId) != TrackingMode::OFF) {
         ALOGD("Tracking enabled for camera, ignoring move");
         return false;

@@ -76,8 +76,10 @@ Return<bool> ZorvCameraProvider::gotoPreset(const hidl_string& /*cameraId*/, int
     sp<FDSession> session = FDSession::getInstance();
     if (session == nullptr) return false;
 
-    // Applied as stored: neither clamped to the frame nor reshaped.
+    // Applied as stored: neither clamped to the frame nor reshaped. Stored and announced in one
+    // step, in order with moves (provider lock, then session lock).
     const SceneControl scene{{Crop{l, t, r, b}}, 1280, 720, 0, 0, 0};
+    std::lock_guard lock(mLock);
     session->setPTZControl(scene);
     notifyCameraCropArea(scene, true);
     return true;

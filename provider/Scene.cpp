@@ -107,10 +107,11 @@ Return<void> ZorvCameraProvider::getCurrentCameraCropArea(getCurrentCameraCropAr
     return Void();
 }
 
-void ZorvCameraProvider::notifyCameraSceneJson(const hidl_string& json) {
-    notifyListeners("onCameraSceneJsonApplied", [&json](const Listener& listener) {
-        return listener->onCameraSceneJsonApplied(json);
-    });
+void ZorvCameraProvider::notifyCameraSceneJson(const hidl_string& json, const uint64_t* serial) {
+    notifyListeners(
+            "onCameraSceneJsonApplied",
+            [&json](const Listener& listener) { return listener->onCameraSceneJsonApplied(json); },
+            serial);
 }
 
 void ZorvCameraProvider::notifyCameraCropArea(const SceneControl& scene, bool withJson) {
@@ -118,6 +119,7 @@ void ZorvCameraProvider::notifyCameraCropArea(const SceneControl& scene, bool wi
     std::lock_guard lock(mLock);
     if (sameCrop(scene, mLastCrop)) return;
     mLastCrop = scene;
+    ++mCropSerial;
 
     // A camera mounted upside down shows the crop rotated by 180 degrees; mLastCrop keeps the
     // crop as received.
@@ -127,14 +129,19 @@ void ZorvCameraProvider::notifyCameraCropArea(const SceneControl& scene, bool wi
         announced.crops[0] = Crop{mirror(kPtzWidth, c.right), mirror(kPtzHeight, c.bottom),
                                   mirror(kPtzWidth, c.left), mirror(kPtzHeight, c.top)};
     }
-    notifyListeners("onCameraCropApplied", [&announced](const Listener& listener) {
-        return listener->onCameraCropApplied(announced);
-    });
-    if (withJson) {
+    // A listener that announces a newer crop from its callback has told everyone: this crop
+    // and its text go no further, so that every listener hears the crops in stored order.
+    const bool latest = notifyListeners(
+            "onCameraCropApplied",
+            [&announced](const Listener& listener) {
+                return listener->onCameraCropApplied(announced);
+            },
+            &mCropSerial);
+    if (latest && withJson) {
         // Listeners get the text even when it stays empty.
         hidl_string json;
         buildSceneJson(announced, json);
-        notifyCameraSceneJson(json);
+        notifyCameraSceneJson(json, &mCropSerial);
     }
 }
 

@@ -45,11 +45,15 @@ Return<void> ZorvCameraProvider::setTrackingMode(const hidl_string& cameraId, Tr
     sp<FDSession> session = FDSession::getInstance();
     if (session == nullptr) return Void();
 
+    // Held from the first read of the mode to the property write (provider lock, then session
+    // lock), so that the calls on this provider store, notify and write their modes in one
+    // order, and the session's mode, the property and every listener's last notification agree.
+    std::lock_guard lock(mLock);
     // Three separate session sections: a change made in between is reported as found last.
     const int32_t previous = readTrackingMode(session);
     const int32_t applied = requested == kModeThree ? kModeThreeRunsAs : requested;
     {
-        std::lock_guard lock(FDSession::mLock);
+        std::lock_guard sessionLock(FDSession::mLock);
         if (session->mTrackingMode != applied) {
             session->mTrackingMode = applied;
             if (applied == kModeOff) session->resetPTZScene();
@@ -62,14 +66,21 @@ Return<void> ZorvCameraProvider::setTrackingMode(const hidl_string& cameraId, Tr
     const int32_t reported =
             (current == kModeThreeRunsAs && requested == kModeThree) ? kModeThree : current;
 
-    std::lock_guard lock(mLock);
-    // The first call of the process always notifies, so listeners and the property agree.
+    // The first call of the process always notifies, so listeners and the property agree. The
+    // flag is set before the fan-out: a listener re-asserting the mode it is told finds it set.
     if (previous == reported && sTrackingNotified) return Void();
-    const TrackingMode reportedMode = static_cast<TrackingMode>(reported);
-    notifyListeners("cameraDeviceTrackingChange", [&](const Listener& listener) {
-        return listener->cameraDeviceTrackingChange(cameraId, reportedMode);
-    });
     sTrackingNotified = true;
+    const TrackingMode reportedMode = static_cast<TrackingMode>(reported);
+    ++mTrackingSerial;
+    const bool latest = notifyListeners(
+            "cameraDeviceTrackingChange",
+            [&](const Listener& listener) {
+                return listener->cameraDeviceTrackingChange(cameraId, reportedMode);
+            },
+            &mTrackingSerial);
+    // A listener that set another mode from its callback has told everyone and written the
+    // property already.
+    if (!latest) return Void();
     setTrackingModeProperty(reported == kModeThree ? static_cast<TrackingMode>(kModeThreeRunsAs)
                                                    : reportedMode);
     return Void();
@@ -82,12 +93,14 @@ Return<Status> ZorvCameraProvider::setTracking(const TrackControl& track) {
     {
         std::lock_guard lock(FDSession::mLock);  // guards the track record
         session->mTrackControl = track;
-        engine = session->mEngine;
+        engine = session->acquireEngine();
     }
-    // Unlike the scene records, the track control reaches the engine outside the session lock.
+    // Unlike the scene records, the track control reaches the engine outside the session lock;
+    // the engine is held until the call has returned, so a detach waits for it.
     if (engine != nullptr) {
         TrackControl copy = track;
         engine->onTrackControl(copy);
+        session->releaseEngine(engine);
     }
     bool hasListeners;
     {

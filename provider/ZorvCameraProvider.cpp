@@ -30,7 +30,7 @@ constexpr uint32_t kTrackingModeCount = 6;  // the property accepts 0 to 5
 constexpr const char* kTalkerTrackingProperty = "vendor.talkertracking.flag";
 }  // namespace
 
-bool ZorvCameraProvider::sTrackingNotified = false;
+std::atomic<bool> ZorvCameraProvider::sTrackingNotified{false};
 
 ZorvCameraProvider::ZorvCameraProvider() : mLastCrop{}, mZoomInLimit(kDefaultZoomInLimit) {
     sp<FDSession> session = FDSession::getInstance();

@@ -4,6 +4,7 @@
 
 #include <stdint.h>
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -99,7 +100,8 @@ class ZorvCameraProvider : public IZorvCameraProvider {
     bool moveCamera_l(const hidl_string& cameraId, CameraMoveDirection direction, int32_t step);
     // Computes the moved crop from the session's PTZ control into `scene`.
     void updatePTZPosition(CameraMoveDirection direction, int32_t step, SceneControl& scene);
-    void notifyCameraSceneJson(const hidl_string& json);
+    // `serial`: as in notifyListeners, for the text that follows a crop announcement.
+    void notifyCameraSceneJson(const hidl_string& json, const uint64_t* serial = nullptr);
     void notifyCameraCropArea(const SceneControl& scene, bool withJson);
     // Scene text of the first crop, in the 5440 x 3060 frame; pure functions.
     static void buildSceneJson(const SceneControl& scene, hidl_string& json);
@@ -107,25 +109,36 @@ class ZorvCameraProvider : public IZorvCameraProvider {
 
   private:
     using Listener = sp<IZorvCameraProviderCallback>;
+    struct ListenerEntry {
+        Listener listener;
+        uint64_t id;  // registration number; the list is in increasing order of it
+    };
 
     // The one fan-out of every notification: calls `call` on each listener in registration
     // order under mLock, logs "Error from <callback> callback: %s" on a failed call and drops
-    // a listener whose process has died.
-    void notifyListeners(const char* callback,
-                         const std::function<Return<void>(const Listener&)>& call);
+    // a listener whose process has died. With `serial`, the counter of announcements of one
+    // state: a listener that makes a newer announcement of it from its callback (which bumps
+    // the counter) has told every listener, so this walk stops; returns false then.
+    bool notifyListeners(const char* callback,
+                         const std::function<Return<void>(const Listener&)>& call,
+                         const uint64_t* serial = nullptr);
 
     RankedRecursiveMutex<LockRank::kProvider> mLock;  // guards every member below
     SceneControl mLastCrop;  // the crop last announced, as received (unmirrored)
-    std::vector<Listener> mListeners;
-    uint32_t mZoomInLimit;  // smallest crop width a zoom-in may reach, in PTZ coordinates
+    std::vector<ListenerEntry> mListeners;
+    uint64_t mNextListenerId = 0;
+    uint64_t mCropSerial = 0;      // crop announcements so far
+    uint64_t mTrackingSerial = 0;  // tracking-mode notifications so far
+    uint32_t mZoomInLimit;         // smallest crop width a zoom-in may reach, in PTZ coordinates
     std::map<std::string, std::vector<std::string>> mVirtualCameraLists;
     std::map<std::string, int32_t> mMaxVirtualCameras;
     std::map<std::string, VirtualCameraCapability> mVirtualCameraCapabilities;
     std::map<std::string, bool> mVirtualCameraAvailability;
     std::vector<CameraInfo> mVirtualCameraInfos;
 
-    // Set once the first tracking-mode notification of the process went out; under mLock.
-    static bool sTrackingNotified;
+    // Set once the first tracking-mode notification of the process went out. Process-wide and
+    // so shared by every provider, whose locks are their own: atomic.
+    static std::atomic<bool> sTrackingNotified;
 
     friend class ZorvCameraProviderTestPeer;
 };

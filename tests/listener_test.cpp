@@ -1,19 +1,34 @@
-// Listener registry and the fan-out rule shared by every notification.
+// Listener registry and the fan-out rule of every notification, with listeners that call back
+// into the provider from their callbacks and calls that meet a fan-out from another thread.
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <thread>
+
 #include <gtest/gtest.h>
 
+#include "FDSession.h"
 #include "ZorvCameraProvider.h"
 #include "support/LogCapture.h"
+#include "support/Properties.h"
 #include "support/ProviderPeer.h"
 #include "support/RecordingListener.h"
+#include "support/TypePrinters.h"
 
 using namespace testing_support;
 using ::android::sp;
-using ::android::hardware::hidl_string;
+using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
+using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::CameraMoveDirection;
+using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackingMode;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::VirtualCameraCapability;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProviderTestPeer;
+using Strings = std::vector<std::string>;
 
 namespace {
+
+const std::string kCapability = "onVirtualCameraCapabilityChange 0 1";
+const std::string kDead = "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '";
 
 std::string address(const sp<RecordingListener>& l) {
     char text[16];
@@ -23,8 +38,23 @@ std::string address(const sp<RecordingListener>& l) {
     return text;
 }
 
+std::string cropEvent(const std::string& crop) {
+    return "onCameraCropApplied crops=[" + crop +
+           "] frame=1280x720 transition=0 duration=0 extra=0";
+}
+
+// Runs `action` from the first event that starts with `prefix` only.
+void once(const sp<RecordingListener>& l, const std::string& prefix, std::function<void()> action) {
+    auto done = std::make_shared<bool>(false);
+    l->onEvent([=](const std::string& event) {
+        if (*done || event.rfind(prefix, 0) != 0) return;
+        *done = true;
+        action();
+    });
+}
+
 class ListenerTest : public ::testing::Test {
-  protected:
+  public:
     void SetUp() override { LogCapture::clear(); }
     void notify() {
         ZorvCameraProviderTestPeer::notify(*provider, "onVirtualCameraCapabilityChange",
@@ -40,55 +70,67 @@ class ListenerTest : public ::testing::Test {
         }
         return out;
     }
+    // After every call has returned: the session's mode, the talker-tracking property and each
+    // listener's last tracking notification agree, and in mode 0 each listener's last crop is
+    // the crop in force.
+    void expectAgreement() {
+        int32_t mode;
+        SceneControl inForce;
+        {
+            std::lock_guard lock(FDSession::mLock);
+            mode = FDSession::getInstance()->mTrackingMode;
+            inForce = FDSession::getInstance()->mPTZControl;
+        }
+        EXPECT_EQ(prop("vendor.talkertracking.flag"), std::to_string(mode));
+        for (const sp<RecordingListener>& l : {a, b}) {
+            std::string heard;
+            for (const std::string& e : l->events()) {
+                if (e.rfind("cameraDeviceTrackingChange", 0) == 0)
+                    heard = e.substr(e.rfind(' ') + 1);
+            }
+            if (!heard.empty()) {
+                EXPECT_TRUE(heard == std::to_string(mode) || (heard == "3" && mode == 2)) << heard;
+            }
+            if (mode == 0 && !l->crops().empty()) {
+                EXPECT_EQ(l->crops().back(), inForce);
+            }
+        }
+    }
 
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+    sp<RecordingListener> a = new RecordingListener("a");
+    sp<RecordingListener> b = new RecordingListener("b");
 };
 
 }  // namespace
 
-TEST_F(ListenerTest, ListenerRegisteredTwiceIsCalledTwiceAndClearedWithOneCall) {
-    sp<RecordingListener> l = new RecordingListener();
-
-    provider->setListener(l);
-    provider->setListener(l);
-    notify();
-    EXPECT_EQ(l->events().size(), 2u);
-
-    LogCapture::clear();
-    provider->clearListener(l);
-    EXPECT_EQ(ZorvCameraProviderTestPeer::listenerCount(*provider), 0u);
-    EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{
-                                           providerLine(kDebug, "Removing listener " + address(l)),
-                                           providerLine(kDebug, "Removing listener " + address(l)),
-                                   }));
-}
-
-TEST_F(ListenerTest, RegistrationIsLoggedAndNullOrUnknownListenersChangeNothing) {
-    sp<RecordingListener> known = new RecordingListener();
-    sp<RecordingListener> unknown = new RecordingListener();
-
-    provider->setListener(known);
+TEST_F(ListenerTest, RegistrationIsLoggedTwiceMeansCalledTwiceOneClearRemovesBoth) {
+    // Given a registered twice, and a null and an unknown listener given too
+    provider->setListener(a);
+    provider->setListener(a);
     provider->setListener(nullptr);
-    provider->clearListener(unknown);
+    provider->clearListener(b);
     provider->clearListener(nullptr);
+    notify();
+    EXPECT_EQ(a->events().size(), 2u);
 
-    EXPECT_EQ(ZorvCameraProviderTestPeer::listenerCount(*provider), 1u);
+    // When a is cleared, then both entries go
+    provider->clearListener(a);
+    EXPECT_EQ(ZorvCameraProviderTestPeer::listenerCount(*provider), 0u);
+    const LogLine added = providerLine(kDebug, "Adding listener " + address(a));
+    const LogLine removed = providerLine(kDebug, "Removing listener " + address(a));
     EXPECT_EQ(LogCapture::lines(),
-              (std::vector<LogLine>{
-                      providerLine(kDebug, "Adding listener " + address(known)),
-                      providerLine(kError, "setListener: ignoring null listener"),
-              }));
+              (std::vector<LogLine>{added, added,
+                                    providerLine(kError, "setListener: ignoring null listener"),
+                                    removed, removed}));
 }
 
-TEST_F(ListenerTest, DeadListenerIsDroppedOthersStillNotifiedInOrder) {
-    // Given three listeners of which the second has died
-    sp<RecordingListener> first = new RecordingListener("first");
-    sp<RecordingListener> second = new RecordingListener("second");
-    sp<RecordingListener> third = new RecordingListener("third");
-    provider->setListener(first);
-    provider->setListener(second);
-    provider->setListener(third);
-    second->failWith(::android::DEAD_OBJECT);
+TEST_F(ListenerTest, DeadListenerIsDroppedFailingOneKeptOthersStillNotifiedInOrder) {
+    // Given three listeners of which the second has died and the third fails otherwise
+    sp<RecordingListener> flaky = new RecordingListener("flaky");
+    for (const auto& l : {a, b, flaky}) provider->setListener(l);
+    b->failWith(::android::DEAD_OBJECT);
+    flaky->failWith(::android::FAILED_TRANSACTION);
     clearAllListenerEvents();
 
     // When two notifications go out
@@ -96,50 +138,174 @@ TEST_F(ListenerTest, DeadListenerIsDroppedOthersStillNotifiedInOrder) {
     notify();
 
     // Then the dead one was called once, logged and dropped; the others got both, in order
-    const std::string event = "onVirtualCameraCapabilityChange 0 1";
     EXPECT_EQ(allListenerEvents(),
-              (std::vector<std::string>{"first: " + event, "second: " + event, "third: " + event,
-                                        "first: " + event, "third: " + event}));
-    EXPECT_EQ(errorLines(), (std::vector<LogLine>{providerLine(
-                                    kError,
-                                    "Error from onVirtualCameraCapabilityChange callback: "
-                                    "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '")}));
+              (Strings{"a: " + kCapability, "b: " + kCapability, "flaky: " + kCapability,
+                       "a: " + kCapability, "flaky: " + kCapability}));
+    const LogLine failed = providerLine(kError,
+                                        "Error from onVirtualCameraCapabilityChange callback: "
+                                        "Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: '");
+    EXPECT_EQ(errorLines(),
+              (std::vector<LogLine>{
+                      providerLine(kError,
+                                   "Error from onVirtualCameraCapabilityChange callback: " + kDead),
+                      failed, failed}));
     EXPECT_EQ(ZorvCameraProviderTestPeer::listenerCount(*provider), 2u);
 }
 
-TEST_F(ListenerTest, ListenerFailingOtherwiseIsLoggedAndKept) {
-    sp<RecordingListener> flaky = new RecordingListener("flaky");
-    provider->setListener(flaky);
-    flaky->failWith(::android::FAILED_TRANSACTION);
+// A listener "a" (registered first) and "b" call back into the provider from their callbacks.
+struct Reentry {
+    const char* name;
+    std::function<void(ListenerTest&, ZorvCameraProvider&, const sp<RecordingListener>& a,
+                       const sp<RecordingListener>& b)>
+            given;
+    std::function<void(ListenerTest&, ZorvCameraProvider&)> when;
+    Strings events;  // every listener's events, in call order
+    size_t errors;   // provider error lines
+};
 
-    notify();
-    notify();
-
-    EXPECT_EQ(flaky->events().size(), 2u);
-    EXPECT_EQ(errorLines().size(), 2u);
-    EXPECT_EQ(errorLines()[0],
-              providerLine(kError,
-                           "Error from onVirtualCameraCapabilityChange callback: "
-                           "Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: '"));
-    EXPECT_EQ(ZorvCameraProviderTestPeer::listenerCount(*provider), 1u);
+void PrintTo(const Reentry& row, std::ostream* os) {
+    *os << row.name;
 }
 
-TEST_F(ListenerTest, ListenerMayChangeRegistrationFromItsCallback) {
-    // Given a listener that removes itself and adds another from inside its callback
-    sp<RecordingListener> self = new RecordingListener("self");
-    sp<RecordingListener> late = new RecordingListener("late");
-    self->onEvent([&](const std::string&) {
-        provider->clearListener(self);
-        provider->setListener(late);
-    });
-    provider->setListener(self);
+class ReentrantListenerTest : public ListenerTest, public ::testing::WithParamInterface<Reentry> {};
+
+const Reentry kReentries[] = {
+        {"ReassertsTheModeItIsTold",
+         [](auto&, auto& p, auto& a, auto&) {
+             a->onEvent([&p](const std::string& e) {
+                 if (e.rfind("cameraDeviceTrackingChange", 0) != 0) return;
+                 p.setTrackingMode("0", static_cast<TrackingMode>(std::stoi(e.substr(29))));
+             });
+         },
+         [](auto&, auto& p) { p.setTrackingMode("0", TrackingMode::OFF); },
+         {"a: cameraDeviceTrackingChange 0 0", "b: cameraDeviceTrackingChange 0 0"},
+         0},
+        {"SwitchesVirtualCamerasOnWhenToldTheMode",
+         [](auto&, auto& p, auto& a, auto&) {
+             setProp("persist.vendor.multistream.enable", "1");
+             a->onEvent([&p](const std::string& e) {
+                 if (e.rfind("cameraDeviceTrackingChange", 0) == 0) {
+                     p.setVirtualCameraAvailability("0", true);
+                 }
+             });
+         },
+         [](auto&, auto& p) { p.setVirtualCameraAvailability("0", true); },
+         {"a: cameraDeviceTrackingChange 0 5", "a: onVirtualCameraAvailablityChange 0 1",
+          "b: onVirtualCameraAvailablityChange 0 1", "b: cameraDeviceTrackingChange 0 5",
+          "a: onVirtualCameraAvailablityChange 0 1", "b: onVirtualCameraAvailablityChange 0 1"},
+         0},
+        {"ChangesTheModeItIsTold",
+         [](auto&, auto& p, auto& a, auto&) {
+             once(a, "cameraDeviceTrackingChange 0 1",
+                  [&p] { p.setTrackingMode("0", TrackingMode::MODE_2); });
+         },
+         [](auto&, auto& p) { p.setTrackingMode("0", TrackingMode::MODE_1); },
+         {"a: cameraDeviceTrackingChange 0 1", "a: cameraDeviceTrackingChange 0 2",
+          "b: cameraDeviceTrackingChange 0 2"},
+         0},
+        {"PansFromTheCropItIsTold",
+         [](auto&, auto& p, auto& a, auto&) {
+             once(a, "onCameraCropApplied",
+                  [&p] { p.moveCamera("0", CameraMoveDirection::PAN_LEFT, 50); });
+         },
+         [](auto&, auto& p) { p.moveCamera("0", CameraMoveDirection::ZOOM_IN, 100); },
+         {"a: " + cropEvent("{100,56,1180,664}"), "a: " + cropEvent("{50,56,1130,664}"),
+          "b: " + cropEvent("{50,56,1130,664}"), "a: onCameraSceneJsonApplied 288 bytes",
+          "b: onCameraSceneJsonApplied 288 bytes"},
+         0},
+        {"RemovesAListenerLaterInTheList",
+         [](auto&, auto& p, auto& a, auto& b) {
+             a->onEvent([&p, b = b.get()](const std::string&) { p.clearListener(b); });
+         },
+         [](auto& t, auto&) { t.notify(); },
+         {"a: " + kCapability},
+         0},
+        {"RemovesItselfAndAddsAnotherFromTheNextNotificationOn",
+         [](auto&, auto& p, auto& a, auto& b) {
+             p.clearListener(b);
+             a->onEvent([&p, a = a.get(), b = b.get()](const std::string&) {
+                 p.clearListener(a);
+                 p.setListener(b);
+             });
+         },
+         [](auto& t, auto&) {
+             t.notify();
+             t.notify();
+         },
+         {"a: " + kCapability, "b: " + kCapability},
+         0},
+        {"NotifiesAgainAheadOfADeadListener",
+         [](auto& t, auto&, auto& a, auto& b) {
+             b->failWith(::android::DEAD_OBJECT);
+             once(a, "onVirtualCameraCapabilityChange", [&t] { t.notify(); });
+         },
+         [](auto& t, auto&) { t.notify(); },
+         {"a: " + kCapability, "a: " + kCapability, "b: " + kCapability},
+         1},
+};
+
+TEST_P(ReentrantListenerTest, ListenerThat) {
+    // Given listeners a and b, a (or both) calling back into the provider
+    const Reentry& row = GetParam();
+    provider->setListener(a);
+    provider->setListener(b);
+    row.given(*this, *provider, a, b);
     clearAllListenerEvents();
+    LogCapture::clear();
 
-    // When two notifications go out
-    notify();
-    notify();
-
-    // Then the change takes effect from the next notification on
-    const std::string event = "onVirtualCameraCapabilityChange 0 1";
-    EXPECT_EQ(allListenerEvents(), (std::vector<std::string>{"self: " + event, "late: " + event}));
+    // When the row's call is made, then the listeners hear what the row says
+    row.when(*this, *provider);
+    EXPECT_EQ(allListenerEvents(), row.events);
+    EXPECT_EQ(errorLines().size(), row.errors);
+    expectAgreement();
 }
+
+INSTANTIATE_TEST_SUITE_P(, ReentrantListenerTest, ::testing::ValuesIn(kReentries),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// While listener a holds the provider lock in a fan-out, another thread starts `concurrent`;
+// then a makes the `nested` call.
+struct Meeting {
+    const char* name;
+    std::function<void(ZorvCameraProvider&)> concurrent;
+    std::function<void(ZorvCameraProvider&)> nested;
+};
+
+void PrintTo(const Meeting& row, std::ostream* os) {
+    *os << row.name;
+}
+
+class ListenerConcurrencyTest : public ListenerTest,
+                                public ::testing::WithParamInterface<Meeting> {};
+
+const Meeting kMeetings[] = {
+        {"ModeSetMeetsModeSetFromAListener",
+         [](auto& p) { p.setTrackingMode("0", TrackingMode::MODE_1); },
+         [](auto& p) { p.setTrackingMode("0", TrackingMode::MODE_2); }},
+        {"PresetMeetsMoveFromAListener", [](auto& p) { p.gotoPreset("0", 7); },
+         [](auto& p) { p.moveCamera("0", CameraMoveDirection::ZOOM_IN, 10); }},
+};
+
+TEST_P(ListenerConcurrencyTest, CallsEndInAgreement) {
+    const Meeting& row = GetParam();
+    for (const char* edge : {".l=0", ".t=0", ".r=640", ".b=360"}) {
+        const std::string s(edge);
+        setProp("persist.camera.preset.7" + s.substr(0, 2), s.substr(3));
+    }
+    provider->setListener(a);
+    provider->setListener(b);
+    std::thread other;
+    once(a, "onMaxVirtualCamerasChange", [&] {
+        other = std::thread([&] { row.concurrent(*provider); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        row.nested(*provider);
+    });
+
+    provider->setMaxVirtualCameras("0", 1);
+    other.join();
+
+    expectAgreement();
+}
+
+INSTANTIATE_TEST_SUITE_P(, ListenerConcurrencyTest, ::testing::ValuesIn(kMeetings),
+                         [](const auto& info) { return std::string(info.param.name); });

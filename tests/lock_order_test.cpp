@@ -1,4 +1,5 @@
-// Lock order checks: a thread that takes the service's locks out of order is stopped at once.
+// Lock order checks: the cache lock is a leaf under the provider and session locks; a thread
+// that takes the service's locks out of order, or two providers' locks, is stopped at once.
 #include <functional>
 #include <mutex>
 
@@ -21,6 +22,8 @@ using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCame
 
 namespace {
 
+constexpr uint32_t kExposureCompensation = 0x10001;
+
 // An engine that runs `onCrop` when the session hands it a PTZ crop, under the session lock.
 class CallingEngine : public FramingEngine {
   public:
@@ -37,52 +40,84 @@ class CallingEngine : public FramingEngine {
     std::function<void()> mOnCrop;
 };
 
-class LockOrderDeathTest : public ::testing::Test {
-  protected:
-    void SetUp() override {
-#if !defined(ZORV_LOCK_ORDER_CHECKS)
-        GTEST_SKIP() << "lock order checks are compiled out of this build";
-#endif
-        // The session runs its own thread, so the child re-runs the test instead of forking.
-        GTEST_FLAG_SET(death_test_style, "threadsafe");
-    }
+const std::string kProvider = "provider lock \\(ZorvCameraProvider::mLock\\)";
+const std::string kSession = "session lock \\(FDSession::mLock\\)";
+const std::string kCache = "cache lock \\(CameraControlCache::mLock\\)";
+std::string violation(const std::string& requested, const std::string& held) {
+    return "lock order violation: " + requested + " requested while this thread holds " + held;
+}
 
-    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+struct Inversion {
+    const char* name;
+    std::function<void(ZorvCameraProvider& p, ZorvCameraProvider& other)> run;
+    std::string message;
 };
+
+const Inversion kInversions[] = {
+        {"EngineCallsTheProviderUnderTheSessionLock",
+         [](auto& p, auto&) {
+             CallingEngine engine([&p] { p.getMaxVirtualCameras("0"); });
+             p.moveCamera("0", CameraMoveDirection::ZOOM_IN, 10);
+         },
+         violation(kProvider, kSession) + ", which must come after it"},
+        {"CacheHolderCallsTheSession",
+         [](auto& p, auto&) {
+             std::lock_guard lock(CameraControlCache::mLock);
+             p.getTrackingMode("0");
+         },
+         violation(kSession, kCache) + ", which is a leaf"},
+        {"CacheHolderCallsTheProvider",
+         [](auto& p, auto&) {
+             std::lock_guard lock(CameraControlCache::mLock);
+             p.getMaxVirtualCameras("0");
+         },
+         violation(kProvider, kCache) + ", which is a leaf"},
+        {"ListenerCallsASecondProvider",
+         [](auto& p, auto& other) {
+             sp<RecordingListener> listener = new RecordingListener();
+             listener->onEvent([&other](const std::string&) { other.getMaxVirtualCameras("0"); });
+             p.setListener(listener);
+             p.setMaxVirtualCameras("0", 2);
+         },
+         violation(kProvider, kProvider) + " of another instance"},
+};
+
+void PrintTo(const Inversion& row, std::ostream* os) {
+    *os << row.name;
+}
+
+class LockOrderDeathTest : public ::testing::TestWithParam<Inversion> {};
 
 }  // namespace
 
-TEST_F(LockOrderDeathTest, ProviderLockRequestedUnderTheSessionLockAborts) {
-    // Given an engine that asks the provider for a table entry while it is handed a crop
+TEST(LockOrderTest, CacheIsTakenUnderTheProviderAndSessionLocks) {
+    // Given a listener and an engine that store metadata from inside their calls
+    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     ZorvCameraProvider* p = provider.get();
-    CallingEngine engine([p] { p->getMaxVirtualCameras("0"); });
-
-    // When a move hands it one, then the process stops with the two locks named
-    EXPECT_DEATH(provider->moveCamera("0", CameraMoveDirection::ZOOM_IN, 10),
-                 "lock order violation: provider lock \\(ZorvCameraProvider::mLock\\) requested "
-                 "while this thread holds session lock \\(FDSession::mLock\\), which must come "
-                 "after it");
-}
-
-TEST_F(LockOrderDeathTest, CacheLockHeldTogetherWithAnotherLockAborts) {
-    // A listener that stores metadata from its callback takes the cache lock inside the
-    // provider lock
     sp<RecordingListener> listener = new RecordingListener();
-    ZorvCameraProvider* p = provider.get();
-    listener->onEvent([p](const std::string&) { p->setMetaData("0", 0x10001, 1); });
+    listener->onEvent([p](const std::string&) {
+        p->setMetaData("0", kExposureCompensation, 1);
+        p->setMetaArray("0", kExposureCompensation, {2});
+    });
     provider->setListener(listener);
-    EXPECT_DEATH(provider->setMaxVirtualCameras("0", 2),
-                 "lock order violation: cache lock \\(CameraControlCache::mLock\\) requested "
-                 "while this thread holds provider lock \\(ZorvCameraProvider::mLock\\); it is "
-                 "held alone");
-    provider->clearListener(listener);
+    CallingEngine engine([p] { p->setMetaData("1", kExposureCompensation, 3); });
 
-    // A pipeline component holding the cache lock must not call the provider either
-    EXPECT_DEATH(
-            {
-                std::lock_guard lock(CameraControlCache::mLock);
-                provider->getTrackingMode("0");
-            },
-            "lock order violation: session lock \\(FDSession::mLock\\) requested while this "
-            "thread holds cache lock \\(CameraControlCache::mLock\\), which is held alone");
+    // When a notification and a crop reach them, then nothing aborts
+    provider->setMaxVirtualCameras("0", 2);
+    EXPECT_TRUE(provider->moveCamera("0", CameraMoveDirection::ZOOM_IN, 10));
+    EXPECT_EQ(listener->events().size(), 3u);
 }
+
+TEST_P(LockOrderDeathTest, Aborts) {
+#if !defined(ZORV_LOCK_ORDER_CHECKS)
+    GTEST_SKIP() << "lock order checks are compiled out of this build";
+#endif
+    // The session runs its own thread, so the child re-runs the test instead of forking.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+    sp<ZorvCameraProvider> other = new ZorvCameraProvider();
+    EXPECT_DEATH(GetParam().run(*provider, *other), GetParam().message);
+}
+
+INSTANTIATE_TEST_SUITE_P(, LockOrderDeathTest, ::testing::ValuesIn(kInversions),
+                         [](const auto& info) { return std::string(info.param.name); });

@@ -1,4 +1,7 @@
 // Session access: one session per process, its reset framing and the forwarding interface.
+#include <atomic>
+#include <functional>
+#include <memory>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -8,6 +11,7 @@
 #include "ZorvCameraProvider.h"
 #include "support/LogCapture.h"
 #include "support/RecordingEngine.h"
+#include "support/Watchdog.h"
 
 using namespace testing_support;
 using ::android::sp;
@@ -16,8 +20,10 @@ using ::android::hardware::camera::device::V3_2::CaptureRequest;
 using ::android::hardware::camera::device::V3_2::StreamConfiguration;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::IFDSession;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
+using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FramingEngine;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::Crop;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::SceneControl;
+using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
 
 namespace {
@@ -83,7 +89,7 @@ TEST(SessionTest, NewSessionHoldsWholeFrameAndResetKeepsTransitionAndDuration) {
               (std::vector<LogLine>{providerLine(kDebug, "PTZ Scene reset 0 0 1280 720")}));
 }
 
-TEST(SessionTest, InterfacesAreDistinctAndDriveTheSameSession) {
+TEST(SessionTest, InterfacesAreDistinctDriveTheSameSessionAndTranslateHandlerResults) {
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     LogCapture::clear();
 
@@ -93,35 +99,80 @@ TEST(SessionTest, InterfacesAreDistinctAndDriveTheSameSession) {
     ASSERT_NE(first, nullptr);
     ASSERT_NE(second, nullptr);
     EXPECT_NE(first.get(), second.get());
-    EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{
-                                           providerLine(kInfo, "getFDSessionInterface: enter \n"),
-                                           providerLine(kInfo, "getFDSessionInterface: exit \n"),
-                                           providerLine(kInfo, "getFDSessionInterface: enter \n"),
-                                           providerLine(kInfo, "getFDSessionInterface: exit \n"),
-                                   }));
+    const LogLine enter = providerLine(kInfo, "getFDSessionInterface: enter \n");
+    const LogLine exit = providerLine(kInfo, "getFDSessionInterface: exit \n");
+    EXPECT_EQ(LogCapture::lines(), (std::vector<LogLine>{enter, exit, enter, exit}));
 
-    // Both reach the one session's handlers
+    // Both reach the one session's handlers; any handler failure becomes 1, success stays 0,
+    // and setCallback always answers 0
     EXPECT_EQ(static_cast<int32_t>(first->configure(StreamConfiguration{})), 0);
-    EXPECT_EQ(static_cast<int32_t>(second->configure(StreamConfiguration{})), 0);
-    EXPECT_EQ(fdstream_host::handlerCounts().configure, 2);
+    EXPECT_EQ(static_cast<int32_t>(second->processCaptureRequest(CaptureRequest{})), 0);
     EXPECT_TRUE(FDSession::getInstance()->mConfigured);
-}
-
-TEST(SessionTest, HandlerResultsAreTranslated) {
-    sp<IFDSession> session = FDSession::getInstance()->getInterface();
-
-    // Any handler failure becomes 1, success stays 0; setCallback always answers 0.
     fdstream_host::setHandlerResults(-22, -22, -22);
-    EXPECT_EQ(static_cast<int32_t>(session->configure(StreamConfiguration{})), 1);
-    EXPECT_EQ(static_cast<int32_t>(session->processCaptureRequest(CaptureRequest{})), 1);
-    EXPECT_EQ(static_cast<int32_t>(session->setCallback(nullptr)), 0);
-
-    fdstream_host::setHandlerResults(0, 0, 0);
-    EXPECT_EQ(static_cast<int32_t>(session->configure(StreamConfiguration{})), 0);
-    EXPECT_EQ(static_cast<int32_t>(session->processCaptureRequest(CaptureRequest{})), 0);
-
-    auto counts = fdstream_host::handlerCounts();
+    EXPECT_EQ(static_cast<int32_t>(second->configure(StreamConfiguration{})), 1);
+    EXPECT_EQ(static_cast<int32_t>(first->processCaptureRequest(CaptureRequest{})), 1);
+    EXPECT_EQ(static_cast<int32_t>(first->setCallback(nullptr)), 0);
+    const auto counts = fdstream_host::handlerCounts();
     EXPECT_EQ(counts.setCallback, 1);
     EXPECT_EQ(counts.configure, 2);
     EXPECT_EQ(counts.captureRequest, 2);
+}
+
+namespace {
+
+// An engine whose track control runs `inside`, then waits for `release` and counts the call
+// in its own state: freed memory if the engine was destroyed meanwhile.
+class SlowEngine : public FramingEngine {
+  public:
+    SlowEngine(std::function<void()> inside, const std::atomic<bool>& release)
+        : mInside(std::move(inside)), mRelease(release) {}
+    void onSceneControl(const SceneControl&) override {}
+    void onPTZControl(const SceneControl&) override {}
+    void onTrackControl(const TrackControl&) override {
+        mInside();
+        while (!mRelease) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        ++mTrackControls;
+    }
+    void onTrackingModeChanged(int32_t) override {}
+
+  private:
+    std::function<void()> mInside;
+    const std::atomic<bool>& mRelease;
+    int mTrackControls = 0;
+};
+
+}  // namespace
+
+TEST(SessionConcurrencyTest, DetachingWaitsForTrackControlsInFlightOnOtherThreads) {
+    Watchdog watchdog(std::chrono::seconds(20), "engine detach");
+    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+    sp<FDSession> session = FDSession::getInstance();
+    std::atomic<bool> entered{false}, release{true}, detached{false};
+
+    // An engine may detach itself from inside its own track control on the same thread
+    auto engine = std::make_unique<SlowEngine>([&] { session->attachEngine(nullptr); }, release);
+    session->attachEngine(engine.get());
+    provider->setTracking(TrackControl{});
+
+    // Given a track control in flight on one thread
+    release = false;
+    engine = std::make_unique<SlowEngine>([&] { entered = true; }, release);
+    session->attachEngine(engine.get());
+    std::thread tracking([&] { provider->setTracking(TrackControl{}); });
+    while (!entered) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+
+    // When another thread detaches the engine and then destroys it
+    std::thread owner([&] {
+        session->attachEngine(nullptr);
+        detached = true;
+        engine.reset();
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+
+    // Then the detach returns only after the call in flight has
+    EXPECT_FALSE(detached);
+    release = true;
+    tracking.join();
+    owner.join();
+    EXPECT_TRUE(detached);
 }

@@ -1,4 +1,7 @@
 // Tracking mode: notification, talker-tracking property, session reset and track controls.
+#include <atomic>
+#include <thread>
+
 #include <gtest/gtest.h>
 
 #include "FDSession.h"
@@ -173,4 +176,22 @@ TEST_F(TrackingTest, TrackControlIsStoredAndReachesEngineOutsideTheSessionLock) 
     EXPECT_FALSE(calls[0].sessionLockHeld);
     EXPECT_TRUE(listener->events().empty());
     EXPECT_TRUE(LogCapture::linesWithTag(kProviderTag).empty());
+}
+
+TEST(TrackingConcurrencyTest, TwoProvidersSetTheModeAtOnce) {
+    // The first-notification flag is process-wide: two providers share it (a race shows in the
+    // ThreadSanitizer stage).
+    sp<ZorvCameraProvider> providers[] = {new ZorvCameraProvider(), new ZorvCameraProvider()};
+    std::atomic<int> ready{0};
+    std::vector<std::thread> threads;
+    for (const auto& p : providers) {
+        threads.emplace_back([p, &ready] {
+            for (++ready; ready < 2;) std::this_thread::yield();
+            for (int i = 0; i < 1000; ++i) {
+                p->setTrackingMode("0", i % 2 ? TrackingMode::MODE_1 : TrackingMode::OFF);
+            }
+        });
+    }
+    for (std::thread& t : threads) t.join();
+    EXPECT_EQ(providers[1]->getTrackingMode("0"), TrackingMode::MODE_1);
 }

@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 
 #include "FDSessionHostControl.h"
@@ -82,8 +83,38 @@ int32_t FDSession::handleCaptureRequest(const CaptureRequest& request) {
 }
 
 void FDSession::attachEngine(FramingEngine* engine) {
+    FramingEngine* replaced;
+    {
+        std::lock_guard lock(mLock);
+        replaced = mEngine;
+        mEngine = engine;
+    }
+    if (replaced == nullptr || replaced == engine) return;
+    // New calls get the new engine; wait for the calls to the old one made by other threads.
+    const std::thread::id self = std::this_thread::get_id();
+    std::unique_lock calls(mEngineCallsLock);
+    mEngineCallsDone.wait(calls, [&] {
+        return std::none_of(mEngineCalls.begin(), mEngineCalls.end(),
+                            [&](const auto& c) { return c.second == replaced && c.first != self; });
+    });
+}
+
+FramingEngine* FDSession::acquireEngine() {
     std::lock_guard lock(mLock);
-    mEngine = engine;
+    if (mEngine == nullptr) return nullptr;
+    std::lock_guard calls(mEngineCallsLock);
+    mEngineCalls.emplace_back(std::this_thread::get_id(), mEngine);
+    return mEngine;
+}
+
+void FDSession::releaseEngine(FramingEngine* engine) {
+    {
+        std::lock_guard calls(mEngineCallsLock);
+        auto it = std::find(mEngineCalls.begin(), mEngineCalls.end(),
+                            std::make_pair(std::this_thread::get_id(), engine));
+        if (it != mEngineCalls.end()) mEngineCalls.erase(it);
+    }
+    mEngineCallsDone.notify_all();
 }
 
 }  // namespace implementation
