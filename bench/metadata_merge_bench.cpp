@@ -16,11 +16,11 @@
 #include <system/camera_metadata.h>
 
 #include "CameraControlCache.h"
-#include "support/BlobBuilder.h"
+#include "kit/BlobBuilder.h"
 
 using ::android::hardware::hidl_vec;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::CameraControlCache;
-using namespace testing_support;
+using namespace kit;
 using Clock = std::chrono::steady_clock;
 
 // Every heap allocation of the process is counted: operator new here, the C allocator through

@@ -12,16 +12,16 @@
 #include <system/camera_metadata.h>
 
 #include "CameraControlCache.h"
-#include "support/BlobBuilder.h"
+#include "kit/BlobBuilder.h"
 
 using ::android::hardware::hidl_vec;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::CameraControlCache;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::extractCameraId;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::RequestMetadataQueue;
 using CaptureRequest = CameraControlCache::CaptureRequest;
-using testing_support::blob;
-using testing_support::Bytes;
-using testing_support::Item;
+using kit::blob;
+using kit::Bytes;
+using kit::Item;
 
 namespace {
 

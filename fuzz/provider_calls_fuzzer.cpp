@@ -13,14 +13,15 @@
 
 #include "CameraControlCache.h"
 #include "ZorvCameraProvider.h"
+#include "kit/RecordingListener.h"
 #include "support/ProviderOps.h"
-#include "support/RecordingListener.h"
 
 using ::android::sp;
 using ::android::status_t;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::SceneControl;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::CameraControlCache;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
+using namespace kit;
 using namespace testing_support;
 
 namespace {

@@ -9,12 +9,13 @@
 
 #include "FDSession.h"
 #include "ZorvCameraProvider.h"
+#include "kit/RecordingListener.h"
 #include "support/LogCapture.h"
 #include "support/Properties.h"
 #include "support/ProviderPeer.h"
-#include "support/RecordingListener.h"
 #include "support/TypePrinters.h"
 
+using namespace kit;
 using namespace testing_support;
 using ::android::sp;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;

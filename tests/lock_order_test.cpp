@@ -8,9 +8,9 @@
 #include "CameraControlCache.h"
 #include "FDSession.h"
 #include "ZorvCameraProvider.h"
-#include "support/RecordingListener.h"
+#include "kit/RecordingListener.h"
 
-using namespace testing_support;
+using namespace kit;
 using ::android::sp;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FramingEngine;

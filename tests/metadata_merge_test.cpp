@@ -13,10 +13,11 @@
 #include <system/camera_metadata.h>
 
 #include "CameraControlCache.h"
-#include "support/BlobBuilder.h"
+#include "kit/BlobBuilder.h"
 #include "support/CachePeer.h"
 #include "support/LogCapture.h"
 
+using namespace kit;
 using namespace testing_support;
 using ::android::hardware::hidl_vec;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::CameraControlCache;

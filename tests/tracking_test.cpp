@@ -6,11 +6,12 @@
 
 #include "FDSession.h"
 #include "ZorvCameraProvider.h"
+#include "kit/RecordingListener.h"
 #include "support/LogCapture.h"
 #include "support/Properties.h"
 #include "support/RecordingEngine.h"
-#include "support/RecordingListener.h"
 
+using namespace kit;
 using namespace testing_support;
 using ::android::sp;
 using ::android::hardware::camera::common::V1_0::Status;

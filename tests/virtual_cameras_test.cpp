@@ -12,11 +12,12 @@
 #include <gtest/gtest.h>
 
 #include "ZorvCameraProvider.h"
+#include "kit/RecordingListener.h"
 #include "support/LogCapture.h"
 #include "support/Properties.h"
 #include "support/ProviderPeer.h"
-#include "support/RecordingListener.h"
 
+using namespace kit;
 using namespace testing_support;
 using ::android::sp;
 using ::android::hardware::hidl_string;

@@ -4,28 +4,18 @@
 
 #include <ostream>
 
-#include <vendor/zorv/zorvprovider/zorvprovider/2.4/types.h>
+#include "kit/Format.h"
 
-#include "support/RecordingListener.h"
-
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4 {
 
 inline void PrintTo(const Crop& c, std::ostream* os) {
-    *os << "{" << c.left << ", " << c.top << ", " << c.right << ", " << c.bottom << "}";
+    *os << ::kit::formatCrop(c);
 }
 
 inline void PrintTo(const SceneControl& s, std::ostream* os) {
-    *os << ::testing_support::describe(s);
+    *os << ::kit::formatScene(s);
 }
 
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4
 
 #endif  // TESTS_SUPPORT_TYPEPRINTERS_H

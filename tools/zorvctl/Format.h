@@ -13,6 +13,8 @@
 #include <android/hardware/camera/common/1.0/types.h>
 #include <vendor/zorv/zorvprovider/zorvprovider/2.4/types.h>
 
+#include "kit/Format.h"
+
 namespace zorvctl {
 
 using ::android::hardware::hidl_string;
@@ -54,18 +56,16 @@ TrackControl parseTrack(const std::vector<std::string>& words);
 // text1=S,text2=S,entries=K:F:V;K:F:V,block=HEX,value1=N,value2=N,value3=N, optionally in braces.
 CameraInfo parseCameraInfo(const std::string& text);
 
-std::string quote(const std::string& text);
-std::string formatCrop(const Crop& crop);
-// crops=[{l,t,r,b} ...] frame=WxH transition=N duration=N extra=N
-std::string formatScene(const SceneControl& scene);
-// rect={l,t,r,b} action=N xVelocity=F yVelocity=F wVelocity=F
-std::string formatTrack(const TrackControl& track);
-// The same form parseCameraInfo reads, in braces.
-std::string formatCameraInfo(const CameraInfo& info);
-std::string formatInfos(const hidl_vec<CameraInfo>& infos);
-std::string formatStrings(const hidl_vec<hidl_string>& names);
+// The values print in the kit's forms (parseCameraInfo reads what formatCameraInfo prints).
+using kit::boolName;
+using kit::formatCameraInfo;
+using kit::formatCrop;
+using kit::formatInfos;
+using kit::formatScene;
+using kit::formatStrings;
+using kit::formatTrack;
+using kit::quote;
 const char* statusName(Status status);
-const char* boolName(bool value);
 
 }  // namespace zorvctl
 

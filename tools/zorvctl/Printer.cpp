@@ -9,55 +9,14 @@ void out(const std::string& line) {
     emit(lineEvent(line));
 }
 
-Return<void> PrintingListener::print(const std::string& method, const std::string& args) {
-    emit(callbackEvent(mName, method, args));
-    return Void();
-}
-
-Return<void> PrintingListener::cameraDeviceTrackingChange(const hidl_string& cameraId,
-                                                          TrackingMode mode) {
-    return print("cameraDeviceTrackingChange", "camera=" + quote(cameraId) + " mode=" +
-                                                       std::to_string(static_cast<int32_t>(mode)));
-}
-
-Return<void> PrintingListener::onCameraSceneJsonApplied(const hidl_string& json) {
-    std::string text = json;
-    emit(callbackEvent(mName, "onCameraSceneJsonApplied", "", &text));
-    return Void();
-}
-
-Return<void> PrintingListener::onCameraCropApplied(const SceneControl& scene) {
-    mOnCrop(scene);
-    return print("onCameraCropApplied", formatScene(scene));
-}
-
-Return<void> PrintingListener::onVirtualCameraCapabilityChange(const hidl_string& cameraId,
-                                                               VirtualCameraCapability capability) {
-    return print("onVirtualCameraCapabilityChange",
-                 "camera=" + quote(cameraId) +
-                         " capability=" + std::to_string(static_cast<int32_t>(capability)));
-}
-
-Return<void> PrintingListener::onMaxVirtualCamerasChange(const hidl_string& cameraId,
-                                                         uint32_t maxVirtualCameras) {
-    return print("onMaxVirtualCamerasChange",
-                 "camera=" + quote(cameraId) + " max=" + std::to_string(maxVirtualCameras));
-}
-
-Return<void> PrintingListener::onVirtualCameraListChange(const hidl_string& cameraId,
-                                                         const hidl_vec<hidl_string>& names) {
-    return print("onVirtualCameraListChange",
-                 "camera=" + quote(cameraId) + " names=" + formatStrings(names));
-}
-
-Return<void> PrintingListener::onVirtualCameraInfos(const hidl_vec<CameraInfo>& infos) {
-    return print("onVirtualCameraInfos", "infos=" + formatInfos(infos));
-}
-
-Return<void> PrintingListener::onVirtualCameraAvailablityChange(const hidl_string& cameraId,
-                                                                bool available) {
-    return print("onVirtualCameraAvailablityChange",
-                 "camera=" + quote(cameraId) + " available=" + boolName(available));
+PrintingListener::PrintingListener(const std::string& name,
+                                   std::function<void(const SceneControl&)> onCrop)
+    : RecordingListener(name, Mode::kPrint) {
+    onEvent([name, onCrop](const kit::Callback& call) {
+        if (call.scene != nullptr) onCrop(*call.scene);
+        const std::string text = call.text != nullptr ? std::string(*call.text) : "";
+        emit(callbackEvent(name, call.method, call.args, call.text != nullptr ? &text : nullptr));
+    });
 }
 
 void PrintingEngine::onSceneControl(const SceneControl& scene) {

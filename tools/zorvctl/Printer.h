@@ -11,11 +11,11 @@
 #include <hidl/Status.h>
 
 #include <vendor/zorv/zorvprovider/fdstream/1.0/IFDSessionCallback.h>
-#include <vendor/zorv/zorvprovider/zorvprovider/2.4/IZorvCameraProviderCallback.h>
 
 #include "Events.h"
 #include "Format.h"
 #include "FramingEngine.h"
+#include "kit/RecordingListener.h"
 
 namespace zorvctl {
 
@@ -29,32 +29,10 @@ void out(const std::string& line);
 // A registered listener: every callback prints "cb <name> <method> <arguments>" (a name with
 // a blank quoted); a scene text prints "bytes=N lines=M", then each of its M lines behind a "|"
 // (a text that does not end in a line feed still counts its last line).
-class PrintingListener
-    : public ::vendor::zorv::zorvprovider::zorvprovider::V2_4::IZorvCameraProviderCallback {
+class PrintingListener : public kit::RecordingListener {
   public:
     // onCrop sees every announced crop (for the picture of the last one).
-    PrintingListener(std::string name, std::function<void(const SceneControl&)> onCrop)
-        : mName(std::move(name)), mOnCrop(std::move(onCrop)) {}
-
-    Return<void> cameraDeviceTrackingChange(const hidl_string& cameraId,
-                                            TrackingMode mode) override;
-    Return<void> onCameraSceneJsonApplied(const hidl_string& json) override;
-    Return<void> onCameraCropApplied(const SceneControl& scene) override;
-    Return<void> onVirtualCameraCapabilityChange(const hidl_string& cameraId,
-                                                 VirtualCameraCapability capability) override;
-    Return<void> onMaxVirtualCamerasChange(const hidl_string& cameraId,
-                                           uint32_t maxVirtualCameras) override;
-    Return<void> onVirtualCameraListChange(const hidl_string& cameraId,
-                                           const hidl_vec<hidl_string>& names) override;
-    Return<void> onVirtualCameraInfos(const hidl_vec<CameraInfo>& infos) override;
-    Return<void> onVirtualCameraAvailablityChange(const hidl_string& cameraId,
-                                                  bool available) override;
-
-  private:
-    Return<void> print(const std::string& method, const std::string& args);
-
-    const std::string mName;
-    const std::function<void(const SceneControl&)> mOnCrop;
+    PrintingListener(const std::string& name, std::function<void(const SceneControl&)> onCrop);
 };
 
 // The framing engine zorvctl can attach to the session: prints "engine <operation> <argument>".

@@ -14,6 +14,7 @@
 #include <system/camera_metadata.h>
 
 #include "CameraControlCache.h"
+#include "kit/BlobBuilder.h"
 
 namespace zorvctl {
 
@@ -28,12 +29,7 @@ const char* const kTypeNames[NUM_TYPES] = {"byte", "int32", "float", "int64", "d
 constexpr size_t kQueueBytes = 1 << 20;  // the size camera device sessions give the queue
 
 // One metadata entry with its payload bytes.
-struct Entry {
-    uint32_t tag;
-    uint8_t type;
-    uint32_t count;
-    std::vector<uint8_t> payload;
-};
+using Entry = kit::Item;
 
 template <typename T>
 void append(std::vector<uint8_t>& payload, T value) {
@@ -42,32 +38,32 @@ void append(std::vector<uint8_t>& payload, T value) {
 }
 
 Entry makeEntry(uint32_t tag, int type, const std::vector<std::string>& values) {
-    Entry entry{tag, static_cast<uint8_t>(type), static_cast<uint32_t>(values.size()), {}};
+    Entry entry{tag, static_cast<uint8_t>(type), {}};
     for (const std::string& value : values) {
         switch (type) {
             case TYPE_BYTE:
-                append(entry.payload, static_cast<uint8_t>(parseInteger(value, 0, UINT8_MAX)));
+                append(entry.bytes, static_cast<uint8_t>(parseInteger(value, 0, UINT8_MAX)));
                 break;
             case TYPE_INT32:
-                append(entry.payload,
+                append(entry.bytes,
                        static_cast<int32_t>(parseInteger(value, INT32_MIN, INT32_MAX)));
                 break;
             case TYPE_FLOAT:
-                append(entry.payload, static_cast<float>(parseReal(value)));
+                append(entry.bytes, static_cast<float>(parseReal(value)));
                 break;
             case TYPE_INT64:
-                append(entry.payload, parseInteger(value, INT64_MIN, INT64_MAX));
+                append(entry.bytes, parseInteger(value, INT64_MIN, INT64_MAX));
                 break;
             case TYPE_DOUBLE:
-                append(entry.payload, parseReal(value));
+                append(entry.bytes, parseReal(value));
                 break;
             default: {
                 size_t slash = value.find('/');
                 if (slash == std::string::npos) throw UsageError(quote(value) + " is not N/D");
-                append(entry.payload, static_cast<int32_t>(parseInteger(value.substr(0, slash),
-                                                                        INT32_MIN, INT32_MAX)));
-                append(entry.payload, static_cast<int32_t>(parseInteger(value.substr(slash + 1),
-                                                                        INT32_MIN, INT32_MAX)));
+                append(entry.bytes, static_cast<int32_t>(parseInteger(value.substr(0, slash),
+                                                                      INT32_MIN, INT32_MAX)));
+                append(entry.bytes, static_cast<int32_t>(parseInteger(value.substr(slash + 1),
+                                                                      INT32_MIN, INT32_MAX)));
             }
         }
     }
@@ -136,20 +132,11 @@ std::vector<uint8_t> buildSettings(const std::vector<Entry>& extra) {
         }
         if (!replaced) entries.push_back(e);
     }
-    size_t data = 0;
-    for (const Entry& e : entries) {
-        if (e.payload.size() > 4) data += (e.payload.size() + 7) & ~size_t{7};
+    std::vector<uint8_t> settings = kit::blob(entries);
+    if (kit::items(settings).size() != entries.size()) {
+        throw CommandError("cannot build the request settings");
     }
-    std::unique_ptr<camera_metadata_t, void (*)(camera_metadata_t*)> settings(
-            allocate_camera_metadata(entries.size(), data), free_camera_metadata);
-    if (settings == nullptr) throw CommandError("cannot allocate request settings");
-    for (const Entry& e : entries) {
-        if (add_camera_metadata_entry(settings.get(), e.tag, e.payload.data(), e.count) != 0) {
-            throw CommandError("cannot add " + tagLabel(e.tag) + " to request settings");
-        }
-    }
-    const uint8_t* bytes = reinterpret_cast<const uint8_t*>(settings.get());
-    return std::vector<uint8_t>(bytes, bytes + get_camera_metadata_size(settings.get()));
+    return settings;
 }
 
 // A request layout: queue|own|empty, then ,TAG=V:V... entries for its settings.
@@ -294,12 +281,7 @@ void cacheAdd(Context&, const Args& a) {
     uint32_t tag = a.parse(1, parseTag);
     int type = a.parse(2, parseType);
     Entry entry = a.parse(3, [&](const std::string&) { return makeEntry(tag, type, a.rest(3)); });
-    ACameraMetadata_entry record{};
-    record.tag = entry.tag;
-    record.type = entry.type;
-    record.count = entry.count;
-    record.data.u8 = entry.payload.data();
-    existingCache()->addMetaData(a.str(0), record);
+    existingCache()->addMetaData(a.str(0), kit::asEntry(entry));
 }
 
 void cacheRemove(Context&, const Args& a) {

@@ -1,11 +1,11 @@
 // Camera metadata settings blobs for tests, fuzzers and benchmarks.
-#include "support/BlobBuilder.h"
+#include "kit/BlobBuilder.h"
 
 #include <string.h>
 
 #include <system/camera_metadata.h>
 
-namespace testing_support {
+namespace kit {
 
 namespace {
 const camera_metadata_t* meta(const Bytes& b) {
@@ -49,6 +49,14 @@ Bytes blob(size_t entryCapacity, size_t dataCapacity, const std::vector<Item>& i
         add_camera_metadata_entry(m, item.tag, item.bytes.data(), count);
     }
     return bytes;
+}
+
+Bytes blob(const std::vector<Item>& items) {
+    size_t data = 0;  // payloads of up to 4 bytes are held in their entry
+    for (const Item& item : items) {
+        if (item.bytes.size() > 4) data += (item.bytes.size() + 7) & ~size_t{7};
+    }
+    return blob(items.size(), data, items);
 }
 
 std::vector<Item> items(const Bytes& b) {
@@ -98,4 +106,4 @@ Bytes drain(RequestMetadataQueue& queue) {
     return bytes;
 }
 
-}  // namespace testing_support
+}  // namespace kit

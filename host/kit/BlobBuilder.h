@@ -1,6 +1,6 @@
 // Camera metadata settings blobs for tests, fuzzers and benchmarks: built from items, read back.
-#ifndef TESTS_SUPPORT_BLOBBUILDER_H
-#define TESTS_SUPPORT_BLOBBUILDER_H
+#ifndef HOST_KIT_BLOBBUILDER_H
+#define HOST_KIT_BLOBBUILDER_H
 
 #include <stddef.h>
 #include <stdint.h>
@@ -11,7 +11,7 @@
 
 #include "CameraControlCache.h"
 
-namespace testing_support {
+namespace kit {
 
 using Bytes = std::vector<uint8_t>;
 using RequestMetadataQueue =
@@ -38,6 +38,8 @@ ACameraMetadata_entry asEntry(const Item& item);
 // A settings blob with the given room holding the items in order; items the metadata library
 // refuses (unknown tag, no room) are left out.
 Bytes blob(size_t entryCapacity, size_t dataCapacity, const std::vector<Item>& items);
+// The same with no spare room, as a camera framework sends its settings.
+Bytes blob(const std::vector<Item>& items);
 // The blob's entries in order (none if the blob is shorter than a header).
 std::vector<Item> items(const Bytes& blob);
 // Validates and its header size is the blob's size.
@@ -51,6 +53,6 @@ std::shared_ptr<RequestMetadataQueue> queueWith(const std::vector<Bytes>& blobs)
 // Everything the queue holds.
 Bytes drain(RequestMetadataQueue& queue);
 
-}  // namespace testing_support
+}  // namespace kit
 
-#endif  // TESTS_SUPPORT_BLOBBUILDER_H
+#endif  // HOST_KIT_BLOBBUILDER_H
