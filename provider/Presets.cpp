@@ -8,13 +8,9 @@
 #include <log/log.h>
 
 #include "FDSession.h"
+#include "Framing.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
 using ::android::sp;
 using ::android::hardware::hidl_string;
@@ -78,16 +74,11 @@ Return<bool> ZorvCameraProvider::gotoPreset(const hidl_string& /*cameraId*/, int
 
     // Applied as stored: neither clamped to the frame nor reshaped. Stored and announced in one
     // step, in order with moves (provider lock, then session lock).
-    const SceneControl scene{{Crop{l, t, r, b}}, 1280, 720, 0, 0, 0};
+    const SceneControl scene{{Crop{l, t, r, b}}, kPtzWidth, kPtzHeight, 0, 0, 0};
     std::lock_guard lock(mLock);
     session->setPTZControl(scene);
     notifyCameraCropArea(scene, true);
     return true;
 }
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation
