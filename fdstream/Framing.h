@@ -4,6 +4,8 @@
 
 #include <stdint.h>
 
+#include <vendor/zorv/zorvprovider/zorvprovider/2.4/types.h>
+
 namespace vendor::zorv::zorvprovider {
 
 // Crops and their frames are given in a 1280 x 720 space.
@@ -19,6 +21,12 @@ inline int32_t wrapAdd(int32_t a, int32_t b) {
 }
 inline int32_t wrapSub(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
+// The first crop of a framing, or its whole frame when it has none.
+inline zorvprovider::V2_4::Crop cropOrFrame(const zorvprovider::V2_4::SceneControl& scene) {
+    if (scene.crops.size() > 0) return scene.crops[0];
+    return {0, 0, scene.frameWidth, scene.frameHeight};
 }
 
 }  // namespace vendor::zorv::zorvprovider

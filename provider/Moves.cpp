@@ -37,6 +37,19 @@ int32_t shape(int32_t w) {
     return static_cast<int32_t>(static_cast<double>(w) * 0.5625);
 }
 
+// Shifts the span [lo, hi) back by the step, stopping at 0.
+void shiftBack(int32_t& lo, int32_t& hi, int32_t s) {
+    const int32_t d = std::min(lo, s);
+    lo = wrapSub(lo, d);
+    hi = wrapSub(hi, d);
+}
+// Shifts the span [lo, hi) on by the step, stopping at `size`.
+void shiftOn(int32_t& lo, int32_t& hi, int32_t s, int32_t size) {
+    const int32_t d = wrapAdd(hi, s) > size ? wrapSub(size, hi) : s;
+    lo = wrapAdd(lo, d);
+    hi = wrapAdd(hi, d);
+}
+
 // Widens the crop to at least `z` around its centre, then pins it inside [0, w].
 void limitWidth(Crop& c, int32_t z, int32_t w) {
     if (z > wrapSub(c.right, c.left)) {
@@ -179,32 +192,20 @@ void ZorvCameraProvider::updatePTZPosition(CameraMoveDirection direction, int32_
     const int32_t s = std::clamp(step, kMinStep, kMaxStep);
     const int32_t w = current.frameWidth;
     const int32_t h = current.frameHeight;
-    Crop c = current.crops.size() > 0 ? current.crops[0] : Crop{0, 0, w, h};
+    Crop c = cropOrFrame(current);
     switch (direction) {
-        case CameraMoveDirection::PAN_LEFT: {
-            const int32_t d = std::min(c.left, s);
-            c.left = wrapSub(c.left, d);
-            c.right = wrapSub(c.right, d);
+        case CameraMoveDirection::PAN_LEFT:
+            shiftBack(c.left, c.right, s);
             break;
-        }
-        case CameraMoveDirection::PAN_RIGHT: {
-            const int32_t d = wrapAdd(c.right, s) > w ? wrapSub(w, c.right) : s;
-            c.left = wrapAdd(c.left, d);
-            c.right = wrapAdd(c.right, d);
+        case CameraMoveDirection::PAN_RIGHT:
+            shiftOn(c.left, c.right, s, w);
             break;
-        }
-        case CameraMoveDirection::TILT_UP: {
-            const int32_t d = std::min(c.top, s);
-            c.top = wrapSub(c.top, d);
-            c.bottom = wrapSub(c.bottom, d);
+        case CameraMoveDirection::TILT_UP:
+            shiftBack(c.top, c.bottom, s);
             break;
-        }
-        case CameraMoveDirection::TILT_DOWN: {
-            const int32_t d = wrapAdd(c.bottom, s) > h ? wrapSub(h, c.bottom) : s;
-            c.top = wrapAdd(c.top, d);
-            c.bottom = wrapAdd(c.bottom, d);
+        case CameraMoveDirection::TILT_DOWN:
+            shiftOn(c.top, c.bottom, s, h);
             break;
-        }
         case CameraMoveDirection::ZOOM_IN:
             zoomIn(c, s, z, w);
             break;

@@ -48,8 +48,7 @@ Return<void> ZorvCameraProvider::savePreset(const hidl_string& /*cameraId*/, int
         std::lock_guard lock(FDSession::mLock);  // guards the PTZ record
         ptz = session->mPTZControl;
     }
-    const Crop c =
-            ptz.crops.size() > 0 ? ptz.crops[0] : Crop{0, 0, ptz.frameWidth, ptz.frameHeight};
+    const Crop c = cropOrFrame(ptz);
     setEdge(prefix, ".l", c.left);
     setEdge(prefix, ".t", c.top);
     setEdge(prefix, ".r", c.right);
