@@ -50,30 +50,30 @@ void shiftOn(int32_t& lo, int32_t& hi, int32_t s, int32_t size) {
     hi = wrapAdd(hi, d);
 }
 
-// Widens the crop to at least `z` around its centre, then pins it inside [0, w].
-void limitWidth(Crop& c, int32_t z, int32_t w) {
-    if (z > wrapSub(c.right, c.left)) {
-        const int32_t e = half(wrapSub(z, wrapSub(c.right, c.left)));
-        c.left = wrapSub(c.left, e);
-        c.right = wrapAdd(c.right, e);
+// Widens the span [lo, hi) to at least `z` around its centre, then pins it inside [0, size].
+void limitSpan(int32_t& lo, int32_t& hi, int32_t z, int32_t size) {
+    if (z > wrapSub(hi, lo)) {
+        const int32_t e = half(wrapSub(z, wrapSub(hi, lo)));
+        lo = wrapSub(lo, e);
+        hi = wrapAdd(hi, e);
     }
-    if (c.left < 0) {
-        c.left = 0;
-        c.right = z;
-        if (z > w) {
-            c.left = wrapSub(w, z);
-            c.right = w;
+    if (lo < 0) {
+        lo = 0;
+        hi = z;
+        if (z > size) {
+            lo = wrapSub(size, z);
+            hi = size;
         }
-    } else if (c.right > w) {
-        c.left = wrapSub(w, z);
-        c.right = w;
+    } else if (hi > size) {
+        lo = wrapSub(size, z);
+        hi = size;
     }
 }
 
 void zoomIn(Crop& c, int32_t s, int32_t z, int32_t w) {
     c.left = wrapAdd(c.left, s);
     c.right = wrapSub(c.right, s);
-    limitWidth(c, z, w);
+    limitSpan(c.left, c.right, z, w);
     const int32_t h = shape(wrapSub(c.right, c.left));
     const int32_t d = half(wrapSub(wrapSub(c.bottom, c.top), h));
     c.top = wrapAdd(c.top, d);
@@ -104,24 +104,8 @@ void zoomOut(Crop& c, int32_t s, int32_t w, int32_t hFrame) {
 }
 
 void applyZoomLimit(Crop& c, int32_t z, int32_t w, int32_t hFrame) {
-    limitWidth(c, z, w);
-    const int32_t h = shape(wrapSub(c.right, c.left));
-    if (wrapSub(c.bottom, c.top) < h) {
-        const int32_t d = half(wrapSub(h, wrapSub(c.bottom, c.top)));
-        c.top = wrapSub(c.top, d);
-        c.bottom = wrapAdd(c.bottom, d);
-    }
-    if (c.top < 0) {
-        c.top = 0;
-        c.bottom = h;
-        if (c.bottom > hFrame) {
-            c.top = wrapSub(hFrame, h);
-            c.bottom = hFrame;
-        }
-    } else if (c.bottom > hFrame) {
-        c.top = wrapSub(hFrame, h);
-        c.bottom = hFrame;
-    }
+    limitSpan(c.left, c.right, z, w);
+    limitSpan(c.top, c.bottom, shape(wrapSub(c.right, c.left)), hFrame);
 }
 
 }  // namespace
