@@ -12,8 +12,6 @@
 
 namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
-using ::android::sp;
-using ::android::hardware::hidl_string;
 using ::android::hardware::Return;
 using ::android::hardware::Void;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;

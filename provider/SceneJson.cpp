@@ -18,40 +18,31 @@ namespace {
 constexpr size_t kJsonBufferSize = 1024;
 
 // The scene text and the track text differ only in the members after "weight".
-constexpr char kSceneFormat[] =
-        "\n"
-        "{\n"
-        "  \"scene\":[\n"
-        "    {\n"
-        "      \"cameraid\":\"1\",\n"
-        "      \"source\": { \"xoffset\":\"%d\", \"yoffset\":\"%d\", \"width\":\"%d\", "
-        "\"height\":\"%d\" },\n"
-        "      \"dest\": { \"xoffset\":\"0\", \"yoffset\":\"0\", \"width\":\"5440\", "
-        "\"height\":\"3060\" },\n"
-        "      \"weight\":\"0\",\n"
+#define SCENE_TEXT_HEAD                                                              \
+    "\n"                                                                             \
+    "{\n"                                                                            \
+    "  \"scene\":[\n"                                                                \
+    "    {\n"                                                                        \
+    "      \"cameraid\":\"1\",\n"                                                    \
+    "      \"source\": { \"xoffset\":\"%d\", \"yoffset\":\"%d\", \"width\":\"%d\", " \
+    "\"height\":\"%d\" },\n"                                                         \
+    "      \"dest\": { \"xoffset\":\"0\", \"yoffset\":\"0\", \"width\":\"5440\", "   \
+    "\"height\":\"3060\" },\n"                                                       \
+    "      \"weight\":\"0\",\n"
+#define SCENE_TEXT_TAIL \
+    "    }\n"           \
+    "  ]\n"             \
+    "}\n"
+constexpr char kSceneFormat[] = SCENE_TEXT_HEAD
         "      \"transition\":\"%d\",\n"
-        "      \"duration\":\"%d\"\n"
-        "    }\n"
-        "  ]\n"
-        "}\n";
-constexpr char kTrackFormat[] =
-        "\n"
-        "{\n"
-        "  \"scene\":[\n"
-        "    {\n"
-        "      \"cameraid\":\"1\",\n"
-        "      \"source\": { \"xoffset\":\"%d\", \"yoffset\":\"%d\", \"width\":\"%d\", "
-        "\"height\":\"%d\" },\n"
-        "      \"dest\": { \"xoffset\":\"0\", \"yoffset\":\"0\", \"width\":\"5440\", "
-        "\"height\":\"3060\" },\n"
-        "      \"weight\":\"0\",\n"
+        "      \"duration\":\"%d\"\n" SCENE_TEXT_TAIL;
+constexpr char kTrackFormat[] = SCENE_TEXT_HEAD
         "      \"action\":\"%d\",\n"
         "      \"xVelocity\":\"%f\",\n"
         "      \"yVelocity\":\"%f\",\n"
-        "      \"wVelocity\":\"%f\"\n"
-        "    }\n"
-        "  ]\n"
-        "}\n";
+        "      \"wVelocity\":\"%f\"\n" SCENE_TEXT_TAIL;
+#undef SCENE_TEXT_HEAD
+#undef SCENE_TEXT_TAIL
 static_assert(sizeof(kSceneFormat) - 1 == 284, "scene format changed");
 static_assert(sizeof(kTrackFormat) - 1 == 329, "track format changed");
 

@@ -8,8 +8,6 @@
 
 namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
-using ::android::sp;
-using ::android::hardware::hidl_string;
 using ::android::hardware::Return;
 using ::android::hardware::Void;
 using ::android::hardware::camera::common::V1_0::Status;

@@ -14,8 +14,6 @@
 
 namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
-using ::android::hardware::hidl_string;
-using ::android::hardware::hidl_vec;
 using ::android::hardware::Return;
 using ::android::hardware::Void;
 
