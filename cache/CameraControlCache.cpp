@@ -9,12 +9,7 @@
 #include <log/log.h>
 #include <system/camera_metadata.h>
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
 using ::android::hardware::hidl_vec;
 
@@ -188,9 +183,4 @@ void CameraControlCache::removeCamera(const std::string& cameraId) {
     mEntries.erase(camera);
 }
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation

@@ -19,12 +19,7 @@
 
 #include "LockOrder.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
 using RequestMetadataQueue =
         ::android::hardware::MessageQueue<uint8_t, ::android::hardware::kSynchronizedReadWrite>;
@@ -79,11 +74,6 @@ void newEntryData(ACameraMetadata_entry& entry);
 // Releases the entry's payload (types 0 to 5).
 void deleteEntryData(ACameraMetadata_entry& entry);
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation
 
 #endif  // CACHE_CAMERACONTROLCACHE_H

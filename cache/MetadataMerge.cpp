@@ -10,12 +10,7 @@
 #include <log/log.h>
 #include <system/camera_metadata.h>
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
 using ::android::hardware::hidl_vec;
 using CaptureRequest = CameraControlCache::CaptureRequest;
@@ -387,9 +382,4 @@ void CameraControlCache::appendAlwaysMetadata(std::shared_ptr<RequestMetadataQue
     mergeQueuedSettings(*queue, request, bytes, size, &entry, 1);
 }
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation

@@ -6,21 +6,16 @@
 
 #include <log/log.h>
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace fdstream {
-namespace V1_0 {
-namespace implementation {
+#include "Framing.h"
+
+namespace vendor::zorv::zorvprovider::fdstream::V1_0::implementation {
 
 using ::android::sp;
 using ::android::hardware::Return;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::Crop;
 
 namespace {
-constexpr Crop kResetCrop = {0, 0, 1280, 720};
-constexpr int32_t kResetFrameWidth = 1280;
-constexpr int32_t kResetFrameHeight = 720;
+constexpr Crop kResetCrop = {0, 0, kPtzWidth, kPtzHeight};
 }  // namespace
 
 FDSession::FDSession()
@@ -49,8 +44,8 @@ sp<IFDSession> FDSession::getInterface() {
 
 void FDSession::resetPTZScene() {
     std::lock_guard lock(mLock);
-    mPTZControl.frameWidth = kResetFrameWidth;
-    mPTZControl.frameHeight = kResetFrameHeight;
+    mPTZControl.frameWidth = kPtzWidth;
+    mPTZControl.frameHeight = kPtzHeight;
     mPTZControl.crops = {kResetCrop};
     const Crop& c = mPTZControl.crops[0];
     ALOGD("PTZ Scene reset %d %d %d %d", c.left, c.top, c.right, c.bottom);
@@ -90,9 +85,4 @@ Return<int32_t> FDSession::TrampolineInterface::processCaptureRequest(
     return mParent->handleCaptureRequest(request) == 0 ? 0 : 1;
 }
 
-}  // namespace implementation
-}  // namespace V1_0
-}  // namespace fdstream
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::fdstream::V1_0::implementation

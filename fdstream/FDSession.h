@@ -20,12 +20,7 @@
 #include "FramingEngine.h"
 #include "LockOrder.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace fdstream {
-namespace V1_0 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::fdstream::V1_0::implementation {
 
 // One session per process, created by the first getInstance() and never released. This
 // library holds getInstance, the constructor, getInterface, the forwarding TrampolineInterface,
@@ -57,7 +52,13 @@ class FDSession : public ::android::Thread {
     static ::android::sp<FDSession> getInstance();
     ::android::sp<IFDSession> getInterface();
 
-    // Puts the PTZ framing back to the whole 1280 x 720 frame; the engine is not told.
+    // The tracking mode, read under mLock.
+    int32_t trackingMode() {
+        std::lock_guard lock(mLock);
+        return mTrackingMode;
+    }
+
+    // Puts the PTZ framing back to the whole PTZ frame (Framing.h); the engine is not told.
     void resetPTZScene();
     // Store a deep copy and hand a copy to the engine, both under mLock.
     void setSceneControl(const SceneControl& scene);
@@ -114,11 +115,6 @@ class FDSession : public ::android::Thread {
                     void (FramingEngine::*notify)(const SceneControl&));
 };
 
-}  // namespace implementation
-}  // namespace V1_0
-}  // namespace fdstream
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::fdstream::V1_0::implementation
 
 #endif  // FDSTREAM_FDSESSION_H

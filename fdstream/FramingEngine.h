@@ -6,12 +6,7 @@
 
 #include <vendor/zorv/zorvprovider/zorvprovider/2.4/types.h>
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace fdstream {
-namespace V1_0 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::fdstream::V1_0::implementation {
 
 // Arguments are temporary copies, valid only during the call. The session calls
 // onSceneControl, onPTZControl and onTrackingModeChanged with FDSession::mLock held,
@@ -32,11 +27,6 @@ class FramingEngine {
     ~FramingEngine() = default;
 };
 
-}  // namespace implementation
-}  // namespace V1_0
-}  // namespace fdstream
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::fdstream::V1_0::implementation
 
 #endif  // FDSTREAM_FRAMINGENGINE_H

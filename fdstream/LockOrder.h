@@ -2,13 +2,11 @@
 #ifndef FDSTREAM_LOCKORDER_H
 #define FDSTREAM_LOCKORDER_H
 
-#include <mutex>
-
-#if defined(ZORV_LOCK_ORDER_CHECKS)
 #include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
-#endif
+
+#include <mutex>
 
 // The three locks of the service, as ranks. A thread may take a lock while it holds locks of
 // lower or equal order only, and holds at most one lock of each rank. So the provider lock comes
@@ -22,18 +20,19 @@
 //
 // With ZORV_LOCK_ORDER_CHECKS defined (the host build defines it for every build type but
 // Release) each lock records, per thread, which ranks are held and aborts with a message on the
-// first request that breaks the order. Without it, RankedRecursiveMutex<rank> is exactly
-// std::recursive_mutex: the device build carries no check and no cost. Both libraries that
-// share FDSession::mLock must be built with the same setting. Lock sites use
-// std::lock_guard with deduced arguments, so they read the same either way.
+// first request that breaks the order. Without it the lock and unlock bodies are those of the
+// std::recursive_mutex inside: the device build carries no check and no cost. The switch changes
+// only those bodies, never the type: RankedRecursiveMutex<rank> holds exactly one
+// std::recursive_mutex either way, so two libraries that share FDSession::mLock agree on its
+// layout however each was built. Its lock, try_lock and unlock are hidden, so each library runs
+// its own: a library built without the checks is not checked, and the locks and unlocks each
+// records pair up.
 //
 // This header lives beside FDSession.h because the session's lock is declared there and the
 // session library builds against that directory; the provider and the cache include it from
 // the same place.
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
+namespace vendor::zorv::zorvprovider {
 
 enum class LockRank {
     kProvider,  // ZorvCameraProvider::mLock
@@ -41,9 +40,13 @@ enum class LockRank {
     kCache,     // CameraControlCache::mLock
 };
 
-#if defined(ZORV_LOCK_ORDER_CHECKS)
-
 namespace lockorder {
+
+#if defined(ZORV_LOCK_ORDER_CHECKS)
+constexpr bool kEnabled = true;
+#else
+constexpr bool kEnabled = false;
+#endif
 
 struct RankRule {
     const char* name;
@@ -124,7 +127,8 @@ inline void released(const void* mutex, LockRank rank) {
 
 }  // namespace lockorder
 
-// A std::recursive_mutex that checks the lock order of its rank on every lock and try_lock.
+// A std::recursive_mutex that checks the lock order of its rank on every lock and try_lock
+// where the checks are enabled.
 template <LockRank kRank>
 class RankedRecursiveMutex {
   public:
@@ -132,19 +136,19 @@ class RankedRecursiveMutex {
     RankedRecursiveMutex(const RankedRecursiveMutex&) = delete;
     RankedRecursiveMutex& operator=(const RankedRecursiveMutex&) = delete;
 
-    void lock() {
-        lockorder::checkRequest(this, kRank);
+    __attribute__((visibility("hidden"))) void lock() {
+        if constexpr (lockorder::kEnabled) lockorder::checkRequest(this, kRank);
         mMutex.lock();
-        lockorder::acquired(this, kRank);
+        if constexpr (lockorder::kEnabled) lockorder::acquired(this, kRank);
     }
-    bool try_lock() {
-        lockorder::checkRequest(this, kRank);
+    __attribute__((visibility("hidden"))) bool try_lock() {
+        if constexpr (lockorder::kEnabled) lockorder::checkRequest(this, kRank);
         if (!mMutex.try_lock()) return false;
-        lockorder::acquired(this, kRank);
+        if constexpr (lockorder::kEnabled) lockorder::acquired(this, kRank);
         return true;
     }
-    void unlock() {
-        lockorder::released(this, kRank);
+    __attribute__((visibility("hidden"))) void unlock() {
+        if constexpr (lockorder::kEnabled) lockorder::released(this, kRank);
         mMutex.unlock();
     }
 
@@ -152,15 +156,9 @@ class RankedRecursiveMutex {
     std::recursive_mutex mMutex;
 };
 
-#else
+static_assert(sizeof(RankedRecursiveMutex<LockRank::kSession>) == sizeof(std::recursive_mutex),
+              "the session lock's layout must not depend on the lock-order switch");
 
-template <LockRank>
-using RankedRecursiveMutex = std::recursive_mutex;
-
-#endif
-
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider
 
 #endif  // FDSTREAM_LOCKORDER_H

@@ -8,12 +8,7 @@
 
 #include <log/log.h>
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
 using ::android::hardware::Return;
 using ::android::hardware::Void;
@@ -78,9 +73,4 @@ bool ZorvCameraProvider::notifyListeners(const char* callback,
     return current();
 }
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation

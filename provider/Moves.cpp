@@ -1,23 +1,20 @@
-// Camera moves: stepwise pan, tilt and zoom of the PTZ crop within its frame.
+// Camera moves: stepwise pan, tilt and zoom of the PTZ crop within its frame, and the zoom-in
+// limit.
 #define LOG_TAG "vendor.zorv.zorvprovider.zorvprovider@2.4-impl"
 #include "ZorvCameraProvider.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include <log/log.h>
 
 #include "FDSession.h"
+#include "Framing.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
-using ::android::sp;
-using ::android::hardware::hidl_string;
 using ::android::hardware::Return;
+using ::android::hardware::Void;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
 
 namespace {
@@ -25,13 +22,9 @@ namespace {
 constexpr int32_t kMinStep = 1;
 constexpr int32_t kMaxStep = 256;
 
-// Crop arithmetic is 32-bit and wraps; it is done unsigned so that it stays defined.
-int32_t add(int32_t a, int32_t b) {
-    return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
-}
-int32_t sub(int32_t a, int32_t b) {
-    return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
-}
+// Smallest crop width a zoom-in may reach, by level 1 to 5. Level 3 is 416, not 1280 / 3.
+constexpr uint32_t kZoomInLimits[] = {1280, 640, 416, 320, 256};
+
 // Truncates toward zero and cannot overflow.
 int32_t half(int32_t x) {
     return x / 2;
@@ -42,78 +35,75 @@ int32_t shape(int32_t w) {
     return static_cast<int32_t>(static_cast<double>(w) * 0.5625);
 }
 
-// Widens the crop to at least `z` around its centre, then pins it inside [0, w].
-void limitWidth(Crop& c, int32_t z, int32_t w) {
-    if (z > sub(c.right, c.left)) {
-        const int32_t e = half(sub(z, sub(c.right, c.left)));
-        c.left = sub(c.left, e);
-        c.right = add(c.right, e);
+// Shifts the span [lo, hi) back by the step, stopping at 0.
+void shiftBack(int32_t& lo, int32_t& hi, int32_t s) {
+    const int32_t d = std::min(lo, s);
+    lo = wrapSub(lo, d);
+    hi = wrapSub(hi, d);
+}
+// Shifts the span [lo, hi) on by the step, stopping at `size`.
+void shiftOn(int32_t& lo, int32_t& hi, int32_t s, int32_t size) {
+    const int32_t d = wrapAdd(hi, s) > size ? wrapSub(size, hi) : s;
+    lo = wrapAdd(lo, d);
+    hi = wrapAdd(hi, d);
+}
+
+// Widens the span [lo, hi) to at least `z` around its centre, then pins it inside [0, size].
+void limitSpan(int32_t& lo, int32_t& hi, int32_t z, int32_t size) {
+    if (z > wrapSub(hi, lo)) {
+        const int32_t e = half(wrapSub(z, wrapSub(hi, lo)));
+        lo = wrapSub(lo, e);
+        hi = wrapAdd(hi, e);
     }
-    if (c.left < 0) {
-        c.left = 0;
-        c.right = z;
-        if (z > w) {
-            c.left = sub(w, z);
-            c.right = w;
+    if (lo < 0) {
+        lo = 0;
+        hi = z;
+        if (z > size) {
+            lo = wrapSub(size, z);
+            hi = size;
         }
-    } else if (c.right > w) {
-        c.left = sub(w, z);
-        c.right = w;
+    } else if (hi > size) {
+        lo = wrapSub(size, z);
+        hi = size;
     }
 }
 
 void zoomIn(Crop& c, int32_t s, int32_t z, int32_t w) {
-    c.left = add(c.left, s);
-    c.right = sub(c.right, s);
-    limitWidth(c, z, w);
-    const int32_t h = shape(sub(c.right, c.left));
-    const int32_t d = half(sub(sub(c.bottom, c.top), h));
-    c.top = add(c.top, d);
-    c.bottom = sub(c.bottom, d);
+    c.left = wrapAdd(c.left, s);
+    c.right = wrapSub(c.right, s);
+    limitSpan(c.left, c.right, z, w);
+    const int32_t h = shape(wrapSub(c.right, c.left));
+    const int32_t d = half(wrapSub(wrapSub(c.bottom, c.top), h));
+    c.top = wrapAdd(c.top, d);
+    c.bottom = wrapSub(c.bottom, d);
 }
 
 void zoomOut(Crop& c, int32_t s, int32_t w, int32_t hFrame) {
-    c.left = sub(c.left, s);
-    c.right = add(c.right, s);
+    c.left = wrapSub(c.left, s);
+    c.right = wrapAdd(c.right, s);
     if (c.right > w) {
-        c.left = std::max(add(c.left, sub(w, c.right)), 0);
+        c.left = std::max(wrapAdd(c.left, wrapSub(w, c.right)), 0);
         c.right = w;
     } else if (c.left < 0) {
-        c.right = std::min(sub(c.right, c.left), w);
+        c.right = std::min(wrapSub(c.right, c.left), w);
         c.left = 0;
     }
-    const int32_t h = shape(sub(c.right, c.left));
-    const int32_t d = half(add(sub(c.top, c.bottom), h));
-    c.top = sub(c.top, d);
-    c.bottom = add(c.bottom, d);
+    const int32_t h = shape(wrapSub(c.right, c.left));
+    const int32_t d = half(wrapAdd(wrapSub(c.top, c.bottom), h));
+    c.top = wrapSub(c.top, d);
+    c.bottom = wrapAdd(c.bottom, d);
     if (c.top < 0) {
         c.top = 0;
         c.bottom = std::min(hFrame, h);
     } else if (c.bottom > hFrame) {
         c.bottom = hFrame;
-        c.top = std::max(sub(hFrame, h), 0);
+        c.top = std::max(wrapSub(hFrame, h), 0);
     }
 }
 
 void applyZoomLimit(Crop& c, int32_t z, int32_t w, int32_t hFrame) {
-    limitWidth(c, z, w);
-    const int32_t h = shape(sub(c.right, c.left));
-    if (sub(c.bottom, c.top) < h) {
-        const int32_t d = half(sub(h, sub(c.bottom, c.top)));
-        c.top = sub(c.top, d);
-        c.bottom = add(c.bottom, d);
-    }
-    if (c.top < 0) {
-        c.top = 0;
-        c.bottom = h;
-        if (c.bottom > hFrame) {
-            c.top = sub(hFrame, h);
-            c.bottom = hFrame;
-        }
-    } else if (c.bottom > hFrame) {
-        c.top = sub(hFrame, h);
-        c.bottom = hFrame;
-    }
+    limitSpan(c.left, c.right, z, w);
+    limitSpan(c.top, c.bottom, shape(wrapSub(c.right, c.left)), hFrame);
 }
 
 }  // namespace
@@ -150,6 +140,21 @@ bool ZorvCameraProvider::moveCamera_l(const hidl_string& cameraId, CameraMoveDir
     return true;
 }
 
+Return<void> ZorvCameraProvider::setZoomInLimit(const hidl_string& cameraId, uint32_t level) {
+    ALOGD("ZorvCameraProvider camera %s setZoomInLimit %d \n", cameraId.c_str(), level);
+    const uint32_t limit = level >= 1 && level <= std::size(kZoomInLimits)
+                                   ? kZoomInLimits[level - 1]
+                                   : kDefaultZoomInLimit;
+    {
+        std::lock_guard lock(mLock);
+        mZoomInLimit = limit;
+    }
+    // Re-applies the current crop under the new limit; refused while tracking is on, when the
+    // limit applies from the next zoom.
+    moveCamera_l(cameraId, CameraMoveDirection::APPLY_ZOOM_LIMIT, 0);
+    return Void();
+}
+
 void ZorvCameraProvider::updatePTZPosition(CameraMoveDirection direction, int32_t step,
                                            SceneControl& scene) {
     sp<FDSession> session = FDSession::getInstance();
@@ -169,32 +174,20 @@ void ZorvCameraProvider::updatePTZPosition(CameraMoveDirection direction, int32_
     const int32_t s = std::clamp(step, kMinStep, kMaxStep);
     const int32_t w = current.frameWidth;
     const int32_t h = current.frameHeight;
-    Crop c = current.crops.size() > 0 ? current.crops[0] : Crop{0, 0, w, h};
+    Crop c = cropOrFrame(current);
     switch (direction) {
-        case CameraMoveDirection::PAN_LEFT: {
-            const int32_t d = std::min(c.left, s);
-            c.left = sub(c.left, d);
-            c.right = sub(c.right, d);
+        case CameraMoveDirection::PAN_LEFT:
+            shiftBack(c.left, c.right, s);
             break;
-        }
-        case CameraMoveDirection::PAN_RIGHT: {
-            const int32_t d = add(c.right, s) > w ? sub(w, c.right) : s;
-            c.left = add(c.left, d);
-            c.right = add(c.right, d);
+        case CameraMoveDirection::PAN_RIGHT:
+            shiftOn(c.left, c.right, s, w);
             break;
-        }
-        case CameraMoveDirection::TILT_UP: {
-            const int32_t d = std::min(c.top, s);
-            c.top = sub(c.top, d);
-            c.bottom = sub(c.bottom, d);
+        case CameraMoveDirection::TILT_UP:
+            shiftBack(c.top, c.bottom, s);
             break;
-        }
-        case CameraMoveDirection::TILT_DOWN: {
-            const int32_t d = add(c.bottom, s) > h ? sub(h, c.bottom) : s;
-            c.top = add(c.top, d);
-            c.bottom = add(c.bottom, d);
+        case CameraMoveDirection::TILT_DOWN:
+            shiftOn(c.top, c.bottom, s, h);
             break;
-        }
         case CameraMoveDirection::ZOOM_IN:
             zoomIn(c, s, z, w);
             break;
@@ -213,9 +206,4 @@ void ZorvCameraProvider::updatePTZPosition(CameraMoveDirection direction, int32_
     scene.frameHeight = h;
 }
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation

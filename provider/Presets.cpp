@@ -8,16 +8,10 @@
 #include <log/log.h>
 
 #include "FDSession.h"
+#include "Framing.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
-using ::android::sp;
-using ::android::hardware::hidl_string;
 using ::android::hardware::Return;
 using ::android::hardware::Void;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
@@ -52,8 +46,7 @@ Return<void> ZorvCameraProvider::savePreset(const hidl_string& /*cameraId*/, int
         std::lock_guard lock(FDSession::mLock);  // guards the PTZ record
         ptz = session->mPTZControl;
     }
-    const Crop c =
-            ptz.crops.size() > 0 ? ptz.crops[0] : Crop{0, 0, ptz.frameWidth, ptz.frameHeight};
+    const Crop c = cropOrFrame(ptz);
     setEdge(prefix, ".l", c.left);
     setEdge(prefix, ".t", c.top);
     setEdge(prefix, ".r", c.right);
@@ -78,16 +71,11 @@ Return<bool> ZorvCameraProvider::gotoPreset(const hidl_string& /*cameraId*/, int
 
     // Applied as stored: neither clamped to the frame nor reshaped. Stored and announced in one
     // step, in order with moves (provider lock, then session lock).
-    const SceneControl scene{{Crop{l, t, r, b}}, 1280, 720, 0, 0, 0};
+    const SceneControl scene{{Crop{l, t, r, b}}, kPtzWidth, kPtzHeight, 0, 0, 0};
     std::lock_guard lock(mLock);
     session->setPTZControl(scene);
     notifyCameraCropArea(scene, true);
     return true;
 }
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation

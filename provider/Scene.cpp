@@ -6,16 +6,10 @@
 #include <cutils/properties.h>
 
 #include "FDSession.h"
+#include "Framing.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
-using ::android::sp;
-using ::android::hardware::hidl_string;
 using ::android::hardware::Return;
 using ::android::hardware::Void;
 using ::android::hardware::camera::common::V1_0::Status;
@@ -23,19 +17,7 @@ using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
 
 namespace {
 
-constexpr int32_t kPtzWidth = 1280;
-constexpr int32_t kPtzHeight = 720;
 constexpr const char* kFlipMaskProperty = "persist.camera.cpp.flipmask";
-
-int32_t sessionMode(const sp<FDSession>& session) {
-    std::lock_guard lock(FDSession::mLock);  // guards the session's mode
-    return session->mTrackingMode;
-}
-
-// `size` - `edge` in wrapping 32-bit arithmetic, so that any stored edge mirrors without UB.
-int32_t mirror(int32_t size, int32_t edge) {
-    return static_cast<int32_t>(static_cast<uint32_t>(size) - static_cast<uint32_t>(edge));
-}
 
 // Only the frame size, the crop count and the first crop decide whether a crop is new.
 bool sameCrop(const SceneControl& scene, const SceneControl& last) {
@@ -55,7 +37,7 @@ Return<Status> ZorvCameraProvider::setSceneJson(const hidl_string& json) {
     sp<FDSession> session = FDSession::getInstance();
     if (session == nullptr) return Status::OK;
     // The text is relayed as it comes while tracking runs; the session never sees it.
-    if (sessionMode(session) != 0) notifyCameraSceneJson(json);
+    if (session->trackingMode() != 0) notifyCameraSceneJson(json);
     return Status::OK;
 }
 
@@ -70,7 +52,7 @@ Return<Status> ZorvCameraProvider::setScene(const SceneControl& scene) {
     }
     if (!hasListeners) return Status::OK;
     // The scene is the crop in force only in modes 1 and 2.
-    const int32_t mode = sessionMode(session);
+    const int32_t mode = session->trackingMode();
     if (mode == 1 || mode == 2) notifyCameraCropArea(scene, true);
     return Status::OK;
 }
@@ -126,8 +108,8 @@ void ZorvCameraProvider::notifyCameraCropArea(const SceneControl& scene, bool wi
     SceneControl announced = mLastCrop;
     if (property_get_int32(kFlipMaskProperty, 0) != 0 && announced.crops.size() > 0) {
         const Crop c = announced.crops[0];
-        announced.crops[0] = Crop{mirror(kPtzWidth, c.right), mirror(kPtzHeight, c.bottom),
-                                  mirror(kPtzWidth, c.left), mirror(kPtzHeight, c.top)};
+        announced.crops[0] = Crop{wrapSub(kPtzWidth, c.right), wrapSub(kPtzHeight, c.bottom),
+                                  wrapSub(kPtzWidth, c.left), wrapSub(kPtzHeight, c.top)};
     }
     // A listener that announces a newer crop from its callback has told everyone: this crop
     // and its text go no further, so that every listener hears the crops in stored order.
@@ -145,9 +127,4 @@ void ZorvCameraProvider::notifyCameraCropArea(const SceneControl& scene, bool wi
     }
 }
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation

@@ -1,4 +1,4 @@
-// Scene description text: a crop of the 1280 x 720 PTZ space as a source rectangle of the full
+// Scene description text: a crop of the PTZ space (Framing.h) as a source rectangle of the full
 // frame.
 #define LOG_TAG "vendor.zorv.zorvprovider.zorvprovider@2.4-impl"
 #include "ZorvCameraProvider.h"
@@ -7,12 +7,9 @@
 
 #include <log/log.h>
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+#include "Framing.h"
+
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
 using ::android::hardware::hidl_string;
 
@@ -21,40 +18,31 @@ namespace {
 constexpr size_t kJsonBufferSize = 1024;
 
 // The scene text and the track text differ only in the members after "weight".
-constexpr char kSceneFormat[] =
-        "\n"
-        "{\n"
-        "  \"scene\":[\n"
-        "    {\n"
-        "      \"cameraid\":\"1\",\n"
-        "      \"source\": { \"xoffset\":\"%d\", \"yoffset\":\"%d\", \"width\":\"%d\", "
-        "\"height\":\"%d\" },\n"
-        "      \"dest\": { \"xoffset\":\"0\", \"yoffset\":\"0\", \"width\":\"5440\", "
-        "\"height\":\"3060\" },\n"
-        "      \"weight\":\"0\",\n"
+#define SCENE_TEXT_HEAD                                                              \
+    "\n"                                                                             \
+    "{\n"                                                                            \
+    "  \"scene\":[\n"                                                                \
+    "    {\n"                                                                        \
+    "      \"cameraid\":\"1\",\n"                                                    \
+    "      \"source\": { \"xoffset\":\"%d\", \"yoffset\":\"%d\", \"width\":\"%d\", " \
+    "\"height\":\"%d\" },\n"                                                         \
+    "      \"dest\": { \"xoffset\":\"0\", \"yoffset\":\"0\", \"width\":\"5440\", "   \
+    "\"height\":\"3060\" },\n"                                                       \
+    "      \"weight\":\"0\",\n"
+#define SCENE_TEXT_TAIL \
+    "    }\n"           \
+    "  ]\n"             \
+    "}\n"
+constexpr char kSceneFormat[] = SCENE_TEXT_HEAD
         "      \"transition\":\"%d\",\n"
-        "      \"duration\":\"%d\"\n"
-        "    }\n"
-        "  ]\n"
-        "}\n";
-constexpr char kTrackFormat[] =
-        "\n"
-        "{\n"
-        "  \"scene\":[\n"
-        "    {\n"
-        "      \"cameraid\":\"1\",\n"
-        "      \"source\": { \"xoffset\":\"%d\", \"yoffset\":\"%d\", \"width\":\"%d\", "
-        "\"height\":\"%d\" },\n"
-        "      \"dest\": { \"xoffset\":\"0\", \"yoffset\":\"0\", \"width\":\"5440\", "
-        "\"height\":\"3060\" },\n"
-        "      \"weight\":\"0\",\n"
+        "      \"duration\":\"%d\"\n" SCENE_TEXT_TAIL;
+constexpr char kTrackFormat[] = SCENE_TEXT_HEAD
         "      \"action\":\"%d\",\n"
         "      \"xVelocity\":\"%f\",\n"
         "      \"yVelocity\":\"%f\",\n"
-        "      \"wVelocity\":\"%f\"\n"
-        "    }\n"
-        "  ]\n"
-        "}\n";
+        "      \"wVelocity\":\"%f\"\n" SCENE_TEXT_TAIL;
+#undef SCENE_TEXT_HEAD
+#undef SCENE_TEXT_TAIL
 static_assert(sizeof(kSceneFormat) - 1 == 284, "scene format changed");
 static_assert(sizeof(kTrackFormat) - 1 == 329, "track format changed");
 
@@ -63,16 +51,14 @@ static_assert(sizeof(kTrackFormat) - 1 == 329, "track format changed");
 int32_t scale(int32_t value, uint32_t full, int32_t ptz) {
     return static_cast<int32_t>(static_cast<uint32_t>(value) * full) / ptz;
 }
-int32_t span(int32_t from, int32_t to) {
-    return static_cast<int32_t>(static_cast<uint32_t>(to) - static_cast<uint32_t>(from));
-}
 
 struct Source {
     int32_t xoffset, yoffset, width, height;
 };
 Source sourceOf(int32_t left, int32_t top, int32_t right, int32_t bottom) {
-    return {scale(left, 5440, 1280), scale(top, 3060, 720), scale(span(left, right), 5440, 1280),
-            scale(span(top, bottom), 3060, 720)};
+    return {scale(left, 5440, kPtzWidth), scale(top, 3060, kPtzHeight),
+            scale(wrapSub(right, left), 5440, kPtzWidth),
+            scale(wrapSub(bottom, top), 3060, kPtzHeight)};
 }
 
 // Keeps `json` as it was when the text does not fit the buffer or formatting fails.
@@ -107,9 +93,4 @@ void ZorvCameraProvider::buildTrackJson(const TrackControl& track, hidl_string& 
     assignFormatted(res, buffer, json);
 }
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation

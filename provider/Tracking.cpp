@@ -6,15 +6,8 @@
 
 #include "FDSession.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
-using ::android::sp;
-using ::android::hardware::hidl_string;
 using ::android::hardware::Return;
 using ::android::hardware::Void;
 using ::android::hardware::camera::common::V1_0::Status;
@@ -26,17 +19,12 @@ constexpr int32_t kModeOff = 0;
 // Mode 3 is run by the session as mode 2; listeners are still told 3.
 constexpr int32_t kModeThree = 3;
 constexpr int32_t kModeThreeRunsAs = 2;
-
-int32_t readTrackingMode(const sp<FDSession>& session) {
-    std::lock_guard lock(FDSession::mLock);  // guards the session's mode
-    return session->mTrackingMode;
-}
 }  // namespace
 
 Return<TrackingMode> ZorvCameraProvider::getTrackingMode(const hidl_string& /*cameraId*/) {
     sp<FDSession> session = FDSession::getInstance();
     if (session == nullptr) return TrackingMode::OFF;
-    return static_cast<TrackingMode>(readTrackingMode(session));
+    return static_cast<TrackingMode>(session->trackingMode());
 }
 
 Return<void> ZorvCameraProvider::setTrackingMode(const hidl_string& cameraId, TrackingMode mode) {
@@ -50,7 +38,7 @@ Return<void> ZorvCameraProvider::setTrackingMode(const hidl_string& cameraId, Tr
     // order, and the session's mode, the property and every listener's last notification agree.
     std::lock_guard lock(mLock);
     // Three separate session sections: a change made in between is reported as found last.
-    const int32_t previous = readTrackingMode(session);
+    const int32_t previous = session->trackingMode();
     const int32_t applied = requested == kModeThree ? kModeThreeRunsAs : requested;
     {
         std::lock_guard sessionLock(FDSession::mLock);
@@ -62,7 +50,7 @@ Return<void> ZorvCameraProvider::setTrackingMode(const hidl_string& cameraId, Tr
             if (session->mEngine != nullptr) session->mEngine->onTrackingModeChanged(applied);
         }
     }
-    const int32_t current = readTrackingMode(session);
+    const int32_t current = session->trackingMode();
     const int32_t reported =
             (current == kModeThreeRunsAs && requested == kModeThree) ? kModeThree : current;
 
@@ -113,9 +101,4 @@ Return<Status> ZorvCameraProvider::setTracking(const TrackControl& track) {
 
 void ZorvCameraProvider::notifyCameraTrackControl(const TrackControl& /*track*/) {}
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation

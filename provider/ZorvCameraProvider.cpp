@@ -1,23 +1,22 @@
-// The service object: factory, construction, the base provider methods and session access.
+// The service object: factory, construction, the base provider methods, session access and the
+// metadata overrides, which go to the camera control cache.
 #define LOG_TAG "vendor.zorv.zorvprovider.zorvprovider@2.4-impl"
 #include "ZorvCameraProvider.h"
 
 #include <stdio.h>
 
+#include <memory>
+#include <string>
+
 #include <cutils/properties.h>
 #include <log/log.h>
 
+#include "CameraControlCache.h"
 #include "FDSession.h"
+#include "Framing.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
-using ::android::sp;
-using ::android::hardware::hidl_string;
 using ::android::hardware::Return;
 using ::android::hardware::Void;
 using ::android::hardware::camera::common::V1_0::Status;
@@ -25,7 +24,6 @@ using ::vendor::zorv::zorvprovider::fdstream::V1_0::IFDSession;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
 
 namespace {
-constexpr uint32_t kDefaultZoomInLimit = 320;
 constexpr uint32_t kTrackingModeCount = 6;  // the property accepts 0 to 5
 constexpr const char* kTalkerTrackingProperty = "vendor.talkertracking.flag";
 }  // namespace
@@ -35,13 +33,8 @@ std::atomic<bool> ZorvCameraProvider::sTrackingNotified{false};
 ZorvCameraProvider::ZorvCameraProvider() : mLastCrop{}, mZoomInLimit(kDefaultZoomInLimit) {
     sp<FDSession> session = FDSession::getInstance();
     if (session == nullptr) return;
-    int32_t mode;
-    {
-        std::lock_guard lock(FDSession::mLock);
-        mode = session->mTrackingMode;
-    }
     // The property mirrors the session's mode from the moment the service exists.
-    setTrackingModeProperty(static_cast<TrackingMode>(mode));
+    setTrackingModeProperty(static_cast<TrackingMode>(session->trackingMode()));
 }
 
 ZorvCameraProvider::~ZorvCameraProvider() {}
@@ -56,6 +49,20 @@ void ZorvCameraProvider::setTrackingModeProperty(TrackingMode mode) {
     snprintf(value, sizeof(value), "%u", static_cast<uint32_t>(mode));
     ALOGI("%s: setting talker tracking to %s", "setTrackingModeProperty", value);
     property_set(kTalkerTrackingProperty, value);
+}
+
+Return<void> ZorvCameraProvider::setMetaData(const hidl_string& cameraId, uint32_t tag,
+                                             int32_t value) {
+    std::shared_ptr<CameraControlCache> cache = CameraControlCache::Instance();
+    cache->setCameraMetadata(std::string(cameraId), tag, value);
+    return Void();
+}
+
+Return<void> ZorvCameraProvider::setMetaArray(const hidl_string& cameraId, uint32_t tag,
+                                              const hidl_vec<int32_t>& values) {
+    std::shared_ptr<CameraControlCache> cache = CameraControlCache::Instance();
+    cache->setCameraMetaarray(std::string(cameraId), tag, values);
+    return Void();
 }
 
 Return<Status> ZorvCameraProvider::setCallback(const sp<ICameraProviderCallback>& /*callback*/) {
@@ -114,9 +121,4 @@ HIDL_FETCH_IZorvCameraProvider(const char* /*name*/) {
     return new ZorvCameraProvider();
 }
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation

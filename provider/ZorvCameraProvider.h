@@ -21,12 +21,7 @@
 
 #include "LockOrder.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
 // The one service object of the process. Framing state (scene, PTZ crop, track control,
 // tracking mode) lives in the process-wide FDSession under FDSession::mLock; the state here
@@ -150,11 +145,6 @@ void setVirtualCameraEnabledProperty(bool available);
 
 extern "C" IZorvCameraProvider* HIDL_FETCH_IZorvCameraProvider(const char* name);
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation
 
 #endif  // PROVIDER_ZORVCAMERAPROVIDER_H

@@ -34,12 +34,7 @@ HandlerCounts handlerCounts() {
 
 }  // namespace fdstream_host
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace fdstream {
-namespace V1_0 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::fdstream::V1_0::implementation {
 
 RankedRecursiveMutex<LockRank::kSession> FDSession::mLock;
 ::android::sp<FDSession> FDSession::sInstance;
@@ -117,9 +112,4 @@ void FDSession::releaseEngine(FramingEngine* engine) {
     mEngineCallsDone.notify_all();
 }
 
-}  // namespace implementation
-}  // namespace V1_0
-}  // namespace fdstream
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::fdstream::V1_0::implementation
