@@ -3,26 +3,13 @@
 #include <stdint.h>
 
 #include <chrono>
-#include <functional>
 #include <future>
-#include <string>
-#include <vector>
 
 #include <android/log.h>
-#include <gtest/gtest.h>
 
-#include "ZorvCameraProvider.h"
-#include "support/LogCapture.h"
-#include "support/Properties.h"
-#include "support/ProviderPeer.h"
-#include "support/RecordingListener.h"
+#include "support/ProviderTest.h"
 
 using namespace testing_support;
-using ::android::sp;
-using ::android::hardware::hidl_string;
-using ::android::hardware::hidl_vec;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 namespace {
 
@@ -311,7 +298,7 @@ TEST_F(VirtualCameraTest, InfoRecordsAreCopiedDeepReplacedWholeAndNotifiedAsSent
     EXPECT_EQ(listener->events(),
               (std::vector<std::string>{"onVirtualCameraInfos 2", "onVirtualCameraInfos 1",
                                         "onVirtualCameraInfos 0"}));
-    EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
+    EXPECT_EQ(providerLines(),
               (std::vector<LogLine>{providerLine(kInfo, "setVirtualCameraInfo: info size 2"),
                                     providerLine(kInfo, "getVirtualCameraInfo: "),
                                     providerLine(kInfo, "setVirtualCameraInfo: info size 1"),
@@ -321,7 +308,7 @@ TEST_F(VirtualCameraTest, InfoRecordsAreCopiedDeepReplacedWholeAndNotifiedAsSent
 }
 
 TEST_F(VirtualCameraTest, EveryMethodWaitsForTheProviderLockAndAnswersUnderIt) {
-    auto& lock = ZorvCameraProviderTestPeer::lock(*provider);
+    auto& lock = Peer::lock(*provider);
     // Everything the methods change, as seen from the thread holding the lock.
     auto state = [&] {
         return capability("0") + names("0") + max("0") + available("0") + infoCount() +
