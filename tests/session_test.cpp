@@ -1,11 +1,13 @@
 // The session: one per process, its reset framing, the forwarding interface, the engine's
 // lifetime, and the lock order between the provider, session and cache locks.
 #include <atomic>
+#include <future>
 #include <memory>
 #include <thread>
 
 #include "CameraControlCache.h"
 #include "FDSessionHostControl.h"
+#include "support/ProviderOps.h"
 #include "support/ProviderTest.h"
 #include "support/Watchdog.h"
 
@@ -214,3 +216,62 @@ TEST_P(LockOrderDeathTest, Aborts) {
 
 INSTANTIATE_TEST_SUITE_P(, LockOrderDeathTest, ::testing::ValuesIn(kInversions),
                          [](const auto& info) { return std::string(info.param.name); });
+
+// Each operation of the shared table against each lock held by another thread: the locks it
+// waits for (P provider, S session, C cache), or "-" when it runs through.
+TEST(LockTest, EveryOperationWaitsForTheLocksItTakes) {
+    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
+    for (int32_t n = 0; n <= 3; ++n) provider->savePreset("0", n);
+    auto hold = [&](size_t l, bool on) {
+        auto flip = [on](auto& m) { on ? m.lock() : m.unlock(); };
+        if (l == 0) flip(Peer::lock(*provider));
+        if (l == 1) flip(FDSession::mLock);
+        if (l == 2) flip(CameraControlCache::mLock);
+    };
+    Strings waits;
+    for (const ProviderOp& op : providerOps()) {
+        std::string waited;
+        for (size_t l = 0; l < 3; ++l) {
+            RandomChoices in(5);
+            OpContext c{*provider, in, [](const std::string&) {}, new RecordingListener()};
+            hold(l, true);
+            auto running = std::async(std::launch::async, [&] { op.run(c); });
+            if (running.wait_for(std::chrono::milliseconds(60)) != std::future_status::ready) {
+                waited += "PSC"[l];
+            }
+            hold(l, false);
+            running.get();
+            if (c.registered) provider->clearListener(c.listener);
+        }
+        waits.push_back(std::string(op.name) + " " + (waited.empty() ? "-" : waited));
+    }
+    hold(1, true);
+    auto finding = std::async(std::launch::async, [] { FDSession::getInstance(); });
+    EXPECT_EQ(finding.wait_for(std::chrono::milliseconds(60)), std::future_status::timeout);
+    hold(1, false);
+    EXPECT_EQ(waits, (Strings{"base provider methods -",
+                              "getFDSessionInterface S",
+                              "setSceneJson S",
+                              "setScene PS",
+                              "setTracking PS",
+                              "getTrackingMode S",
+                              "setTrackingMode PS",
+                              "moveCamera PS",
+                              "savePreset S",
+                              "gotoPreset PS",
+                              "setListener/clearListener P",
+                              "getCurrentCameraCropArea S",
+                              "setMetaData C",
+                              "setMetaArray C",
+                              "setZoomInLimit PS",
+                              "setVirtualCameraAvailability P",
+                              "setVirtualCameraCapability P",
+                              "setVirtualCameraList P",
+                              "setMaxVirtualCameras P",
+                              "setVirtualCameraInfo P",
+                              "virtual camera getters P",
+                              "addMetaData C",
+                              "removeMetaData C",
+                              "removeCamera C",
+                              "applyMetaData C"}));
+}

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
-#include <random>
 #include <thread>
 
 #include "support/ProviderOps.h"
@@ -25,24 +24,6 @@ constexpr std::chrono::seconds kBound{60};
 // Notifications each dying listener takes before its process dies.
 constexpr int kFirstDeathAfter = 40;
 constexpr int kSecondDeathAfter = 200;
-
-class RandomChoices : public Choices {
-  public:
-    explicit RandomChoices(uint32_t seed) : mRandom(seed) {}
-    int32_t pick(int32_t low, int32_t high) override {
-        return std::uniform_int_distribution<int32_t>(low, high)(mRandom);
-    }
-    size_t index(size_t n) override { return static_cast<size_t>(pick(0, int32_t(n) - 1)); }
-    std::string cameraId() override {
-        static const char* const kCameras[] = {"0", "device@3.2/internal/0", "1",
-                                               "device@3.2/internal/1"};
-        return kCameras[index(4)];
-    }
-    std::string text(size_t) override { return "{\"n\":" + std::to_string(pick(0, 99)) + "}"; }
-
-  private:
-    std::mt19937 mRandom;
-};
 
 // What threads add to under one lock: what went wrong, threads listeners started.
 struct Collected {
