@@ -239,6 +239,23 @@ TEST(LockTest, EveryOperationWaitsForTheLocksItTakes) {
         if (l == 1) flip(FDSession::mLock);
         if (l == 2) flip(CameraControlCache::mLock);
     };
+    // What the calls change, as seen from the thread holding the provider or session lock.
+    auto state = [&](size_t l) {
+        std::string s = prop("persist.tessaview.vc.max") + prop("vendor.tessaview.vc.enable") +
+                        prop("vendor.talkertracking.flag") + prop("persist.camera.preset.1.l") +
+                        describe(ptz()) + std::to_string(sessionMode());
+        if (l != 0) return s;  // the provider's getters take its lock: only after the session's
+        for (const char* id : {"0", "1", "device@3.2/internal/0", "device@3.2/internal/1"}) {
+            s += std::to_string(
+                         int(VirtualCameraCapability(provider->getVirtualCameraCapability(id)))) +
+                 std::to_string(uint32_t(provider->getMaxVirtualCameras(id))) +
+                 std::to_string(bool(provider->getVirtualCameraAvailability(id)));
+            provider->getVirtualCameraList(id,
+                                           [&](const auto& v) { s += std::to_string(v.size()); });
+        }
+        provider->getVirtualCameraInfo([&](const auto& v) { s += std::to_string(v.size()); });
+        return s + std::to_string(Peer::listenerCount(*provider));
+    };
     std::string waits;
     for (const ProviderOp& op : providerOps()) {
         const size_t at = expected.find(std::string(op.name) + " ") + strlen(op.name) + 1;
@@ -248,12 +265,14 @@ TEST(LockTest, EveryOperationWaitsForTheLocksItTakes) {
             RandomChoices in(5);
             OpContext c{*provider, in, [](const std::string&) {}, new RecordingListener()};
             hold(l, true);
+            const std::string before = l < 2 ? state(l) : "";
             auto running = std::async(std::launch::async, [&] { op.run(c); });
             // An operation that needs no lock may still be slow (sanitizers): it gets long.
             const bool needs = want.find("PSC"[l]) != want.npos;
             if (running.wait_for(std::chrono::milliseconds(needs ? 60 : 20000)) !=
                 std::future_status::ready) {
                 waited += "PSC"[l];
+                if (l < 2 && state(l) != before) waited += "!";  // changed without the lock
             }
             hold(l, false);
             running.get();
