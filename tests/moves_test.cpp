@@ -2,8 +2,6 @@
 // session, the engine, the listeners and the log get from it.
 #include <limits.h>
 
-#include <thread>
-
 #include <android-base/stringprintf.h>
 
 #include "support/ProviderTest.h"
@@ -164,16 +162,4 @@ TEST(MovesTest, ExtremeStoredCropsCompleteInEveryDirection) {
         FDSession::getInstance()->setPTZControl({{}, INT_MIN, INT_MAX, 0, 0, 0});
         EXPECT_TRUE(provider->moveCamera("0", static_cast<CameraMoveDirection>(d), 256));
     }
-}
-
-// The zoom-in limit read by a move races with its change on another thread (seen under TSan).
-TEST(MovesConcurrencyTest, ZoomLimitChangesWhileMoving) {
-    setMode(0);
-    sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
-    std::thread limits([&] {
-        for (uint32_t i = 0; i < 300; ++i) provider->setZoomInLimit("0", i % 5 + 1);
-    });
-    for (int i = 0; i < 300; ++i) provider->moveCamera("0", CameraMoveDirection::ZOOM_IN, 10);
-    limits.join();
-    EXPECT_EQ(ptz().crops.size(), 1u);
 }
