@@ -1,35 +1,16 @@
 // Listener registry and the fan-out rule of every notification, with listeners that call back
 // into the provider from their callbacks and calls that meet a fan-out from another thread.
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <thread>
 
-#include <gtest/gtest.h>
+#include "support/ProviderTest.h"
 
-#include "FDSession.h"
-#include "ZorvCameraProvider.h"
-#include "kit/RecordingListener.h"
-#include "support/LogCapture.h"
-#include "support/Properties.h"
-#include "support/ProviderPeer.h"
-#include "support/TypePrinters.h"
-
-using namespace kit;
 using namespace testing_support;
-using ::android::sp;
-using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::CameraMoveDirection;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackingMode;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::VirtualCameraCapability;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProvider;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProviderTestPeer;
-using Strings = std::vector<std::string>;
 
 namespace {
 
 const std::string kCapability = "onVirtualCameraCapabilityChange 0 1";
-const std::string kDead = "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '";
 
 std::string address(const sp<RecordingListener>& l) {
     char text[16];
@@ -58,45 +39,13 @@ class ListenerTest : public ::testing::Test {
   public:
     void SetUp() override { LogCapture::clear(); }
     void notify() {
-        ZorvCameraProviderTestPeer::notify(*provider, "onVirtualCameraCapabilityChange",
-                                           [](const sp<IZorvCameraProviderCallback>& l) {
-                                               return l->onVirtualCameraCapabilityChange(
-                                                       "0", VirtualCameraCapability::SUPPORTED);
-                                           });
+        Peer::notify(*provider, "onVirtualCameraCapabilityChange",
+                     [](const sp<IZorvCameraProviderCallback>& l) {
+                         return l->onVirtualCameraCapabilityChange(
+                                 "0", VirtualCameraCapability::SUPPORTED);
+                     });
     }
-    std::vector<LogLine> errorLines() {
-        std::vector<LogLine> out;
-        for (const LogLine& l : LogCapture::linesWithTag(kProviderTag)) {
-            if (l.priority == kError) out.push_back(l);
-        }
-        return out;
-    }
-    // After every call has returned: the session's mode, the talker-tracking property and each
-    // listener's last tracking notification agree, and in mode 0 each listener's last crop is
-    // the crop in force.
-    void expectAgreement() {
-        int32_t mode;
-        SceneControl inForce;
-        {
-            std::lock_guard lock(FDSession::mLock);
-            mode = FDSession::getInstance()->mTrackingMode;
-            inForce = FDSession::getInstance()->mPTZControl;
-        }
-        EXPECT_EQ(prop("vendor.talkertracking.flag"), std::to_string(mode));
-        for (const sp<RecordingListener>& l : {a, b}) {
-            std::string heard;
-            for (const std::string& e : l->events()) {
-                if (e.rfind("cameraDeviceTrackingChange", 0) == 0)
-                    heard = e.substr(e.rfind(' ') + 1);
-            }
-            if (!heard.empty()) {
-                EXPECT_TRUE(heard == std::to_string(mode) || (heard == "3" && mode == 2)) << heard;
-            }
-            if (mode == 0 && !l->crops().empty()) {
-                EXPECT_EQ(l->crops().back(), inForce);
-            }
-        }
-    }
+    void expectAgreement() { testing_support::expectAgreement({a, b}); }
 
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     sp<RecordingListener> a = new RecordingListener("a");
@@ -117,40 +66,13 @@ TEST_F(ListenerTest, RegistrationIsLoggedTwiceMeansCalledTwiceOneClearRemovesBot
 
     // When a is cleared, then both entries go
     provider->clearListener(a);
-    EXPECT_EQ(ZorvCameraProviderTestPeer::listenerCount(*provider), 0u);
+    EXPECT_EQ(Peer::listenerCount(*provider), 0u);
     const LogLine added = providerLine(kDebug, "Adding listener " + address(a));
     const LogLine removed = providerLine(kDebug, "Removing listener " + address(a));
     EXPECT_EQ(LogCapture::lines(),
               (std::vector<LogLine>{added, added,
                                     providerLine(kError, "setListener: ignoring null listener"),
                                     removed, removed}));
-}
-
-TEST_F(ListenerTest, DeadListenerIsDroppedFailingOneKeptOthersStillNotifiedInOrder) {
-    // Given three listeners of which the second has died and the third fails otherwise
-    sp<RecordingListener> flaky = new RecordingListener("flaky");
-    for (const auto& l : {a, b, flaky}) provider->setListener(l);
-    b->failWith(::android::DEAD_OBJECT);
-    flaky->failWith(::android::FAILED_TRANSACTION);
-    clearAllListenerEvents();
-
-    // When two notifications go out
-    notify();
-    notify();
-
-    // Then the dead one was called once, logged and dropped; the others got both, in order
-    EXPECT_EQ(allListenerEvents(),
-              (Strings{"a: " + kCapability, "b: " + kCapability, "flaky: " + kCapability,
-                       "a: " + kCapability, "flaky: " + kCapability}));
-    const LogLine failed = providerLine(kError,
-                                        "Error from onVirtualCameraCapabilityChange callback: "
-                                        "Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: '");
-    EXPECT_EQ(errorLines(),
-              (std::vector<LogLine>{
-                      providerLine(kError,
-                                   "Error from onVirtualCameraCapabilityChange callback: " + kDead),
-                      failed, failed}));
-    EXPECT_EQ(ZorvCameraProviderTestPeer::listenerCount(*provider), 2u);
 }
 
 // A listener "a" (registered first) and "b" call back into the provider from their callbacks.
@@ -235,6 +157,17 @@ const Reentry kReentries[] = {
          },
          {"a: " + kCapability, "b: " + kCapability},
          0},
+        {"FailsWhileALaterOneHasDied",
+         [](auto&, auto&, auto& a, auto& b) {
+             a->failWith(::android::FAILED_TRANSACTION);
+             b->failWith(::android::DEAD_OBJECT);
+         },
+         [](auto& t, auto&) {
+             t.notify();
+             t.notify();
+         },
+         {"a: " + kCapability, "b: " + kCapability, "a: " + kCapability},
+         3},
         {"NotifiesAgainAheadOfADeadListener",
          [](auto& t, auto&, auto& a, auto& b) {
              b->failWith(::android::DEAD_OBJECT);
@@ -257,7 +190,7 @@ TEST_P(ReentrantListenerTest, ListenerThat) {
     // When the row's call is made, then the listeners hear what the row says
     row.when(*this, *provider);
     EXPECT_EQ(allListenerEvents(), row.events);
-    EXPECT_EQ(errorLines().size(), row.errors);
+    EXPECT_EQ(providerLines(kError).size(), row.errors);
     expectAgreement();
 }
 

@@ -3,31 +3,17 @@
 #include <limits.h>
 
 #include <android-base/stringprintf.h>
-#include <gtest/gtest.h>
 
-#include "FDSession.h"
-#include "ZorvCameraProvider.h"
-#include "kit/RecordingListener.h"
-#include "support/LogCapture.h"
-#include "support/ProviderPeer.h"
-#include "support/RecordingEngine.h"
-#include "support/TypePrinters.h"
+#include "support/ProviderTest.h"
 
-using namespace kit;
 using namespace testing_support;
-using ::android::sp;
 using ::android::base::StringPrintf;
-using ::android::hardware::hidl_string;
-using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 namespace {
 
 constexpr int kSetZoomInLimit = -1;  // a row's call: setZoomInLimit(level) instead of a move
 constexpr int kPanLeft = 1, kPanRight = 2, kTiltUp = 3, kTiltDown = 4, kZoomIn = 5, kZoomOut = 6,
               kApplyLimit = 7;
-const Crop kFull{0, 0, 1280, 720};
 
 struct Row {
     Crop start;
@@ -105,22 +91,6 @@ const Row kRows[] = {
         {{480, 270, 800, 450}, kSetZoomInLimit, 1, {480, 270, 800, 450}, 1280, 1},
 };
 
-void setMode(int32_t mode) {
-    std::lock_guard lock(FDSession::mLock);
-    FDSession::getInstance()->mTrackingMode = mode;
-}
-
-SceneControl ptz() {
-    std::lock_guard lock(FDSession::mLock);
-    return FDSession::getInstance()->mPTZControl;
-}
-
-std::string sceneText(const SceneControl& scene) {
-    hidl_string text;
-    ZorvCameraProvider::buildSceneJson(scene, text);
-    return text;
-}
-
 }  // namespace
 
 TEST(MovesTest, EveryRowGivesItsCropStoresToldAndLogged) {
@@ -132,8 +102,7 @@ TEST(MovesTest, EveryRowGivesItsCropStoresToldAndLogged) {
         setMode(row.mode);
         FDSession::getInstance()->setPTZControl(start);
         sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
-        if (row.call != kSetZoomInLimit)
-            ZorvCameraProviderTestPeer::setZoomInLimit(*provider, row.limit);
+        if (row.call != kSetZoomInLimit) Peer::setZoomInLimit(*provider, row.limit);
         RecordingEngine engine;
         sp<RecordingListener> listener = new RecordingListener();
         provider->setListener(listener);
@@ -149,7 +118,7 @@ TEST(MovesTest, EveryRowGivesItsCropStoresToldAndLogged) {
                                          row.arg)));
             logs.push_back(providerLine(
                     kDebug, StringPrintf("ZorvCameraProvider moveCamera %s 7 by 0 \n", id)));
-            EXPECT_EQ(ZorvCameraProviderTestPeer::zoomInLimit(*provider), row.limit);
+            EXPECT_EQ(Peer::zoomInLimit(*provider), row.limit);
         } else {
             EXPECT_EQ(provider->moveCamera(id, static_cast<CameraMoveDirection>(row.call), row.arg),
                       applied);
@@ -164,7 +133,7 @@ TEST(MovesTest, EveryRowGivesItsCropStoresToldAndLogged) {
                                                row.call == kSetZoomInLimit ? 0 : row.arg, c.left,
                                                c.right, c.top, c.bottom)
                                 : "Tracking enabled for camera, ignoring move"));
-        EXPECT_EQ(LogCapture::linesWithTag(kProviderTag), logs);
+        EXPECT_EQ(providerLines(), logs);
 
         // Then the session holds the result, told to the engine under the session lock and
         // announced once with its text; refused, nothing changes
@@ -179,7 +148,7 @@ TEST(MovesTest, EveryRowGivesItsCropStoresToldAndLogged) {
         EXPECT_TRUE(calls[0].sessionLockHeld);
         EXPECT_EQ(listener->crops(), (std::vector<SceneControl>{result}));
         EXPECT_EQ(listener->jsons()[0], sceneText(result));
-        EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), result);
+        EXPECT_EQ(Peer::lastCrop(*provider), result);
     }
 }
 

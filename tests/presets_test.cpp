@@ -1,20 +1,7 @@
 // Presets: saving the PTZ crop into properties and recalling it.
-#include <gtest/gtest.h>
+#include "support/ProviderTest.h"
 
-#include "FDSession.h"
-#include "ZorvCameraProvider.h"
-#include "kit/RecordingListener.h"
-#include "support/LogCapture.h"
-#include "support/Properties.h"
-#include "support/RecordingEngine.h"
-#include "support/TypePrinters.h"
-
-using namespace kit;
 using namespace testing_support;
-using ::android::sp;
-using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 namespace {
 
@@ -26,11 +13,6 @@ std::string stored(int32_t n) {
     for (const char* s : kSuffixes)
         ltrb += " " + prop("persist.camera.preset." + std::to_string(n) + s);
     return ltrb.substr(1);
-}
-
-SceneControl ptz() {
-    std::lock_guard lock(FDSession::mLock);
-    return FDSession::getInstance()->mPTZControl;
 }
 
 // "<n>, position  <l>, <r>, <t>, <b>   \n", as both methods log it.
@@ -75,7 +57,7 @@ TEST(PresetsTest, SaveWritesTheCurrentPtzCropInDecimalForZeroToNinetyNineOnly) {
         if (row.ltrb[0] != ' ')
             logs.push_back(
                     providerLine(kDebug, "SavePreset : " + position(row.preset, row.logged)));
-        EXPECT_EQ(LogCapture::linesWithTag(kProviderTag), logs);
+        EXPECT_EQ(providerLines(), logs);
     }
 }
 
@@ -127,7 +109,7 @@ TEST(PresetsTest, GotoAppliesValidRectanglesAsStoredAndRefusesTheRest) {
         // When it is recalled, it is logged as read
         EXPECT_EQ(provider->gotoPreset("cam0", preset), row.applied);
         const Crop& c = row.read;
-        EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
+        EXPECT_EQ(providerLines(),
                   (std::vector<LogLine>{
                           providerLine(kDebug, "GotoPreset " + std::to_string(preset) + " "),
                           providerLine(kDebug, "GotoPreset : " + position(preset, c)),

@@ -1,18 +1,9 @@
 // The service entry, construction, the talker-tracking property and the base provider methods.
 #include <dlfcn.h>
 
-#include <gtest/gtest.h>
-
-#include "ZorvCameraProvider.h"
-#include "support/LogCapture.h"
-#include "support/Properties.h"
+#include "support/ProviderTest.h"
 
 using namespace testing_support;
-using ::android::sp;
-using ::android::hardware::hidl_string;
-using ::android::hardware::camera::common::V1_0::Status;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 TEST(ProviderEntryTest, FactoryLoadedByNameReturnsNewProviderForAnyName) {
     // Given the library loaded the way the service host loads it
@@ -40,7 +31,7 @@ TEST(ProviderEntryTest, TalkerTrackingPropertyIsZeroAtStartAndTakesOnlyZeroToFiv
     setProp("vendor.talkertracking.flag", "4");
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     EXPECT_EQ(prop("vendor.talkertracking.flag"), "0");
-    EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
+    EXPECT_EQ(providerLines(),
               (std::vector<LogLine>{
                       providerLine(kDebug, "PTZ Scene reset 0 0 1280 720"),
                       providerLine(kInfo, "setTrackingModeProperty: setting talker tracking to 0"),
@@ -51,7 +42,7 @@ TEST(ProviderEntryTest, TalkerTrackingPropertyIsZeroAtStartAndTakesOnlyZeroToFiv
     EXPECT_EQ(prop("vendor.talkertracking.flag"), "0");
     provider->setTrackingModeProperty(TrackingMode::MODE_5);
     EXPECT_EQ(prop("vendor.talkertracking.flag"), "5");
-    EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
+    EXPECT_EQ(providerLines(),
               (std::vector<LogLine>{
                       providerLine(kError,
                                    "setTrackingModeProperty: ignoring invalid trackingMode 6"),

@@ -2,16 +2,11 @@
 #include <limits.h>
 
 #include <android-base/stringprintf.h>
-#include <gtest/gtest.h>
 
-#include "ZorvCameraProvider.h"
-#include "support/LogCapture.h"
+#include "support/ProviderTest.h"
 
 using namespace testing_support;
 using ::android::base::StringPrintf;
-using ::android::hardware::hidl_string;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 namespace {
 
@@ -68,7 +63,7 @@ TEST(SceneJsonTest, SceneRowsScaleTo5440By3060TruncatingTowardZero) {
         ZorvCameraProvider::buildSceneJson(row.scene, json);
         EXPECT_EQ(std::string(json), row.expected);
     }
-    EXPECT_TRUE(LogCapture::linesWithTag(kProviderTag).empty());
+    EXPECT_TRUE(providerLines().empty());
 }
 
 TEST(SceneJsonTest, TrackTextCarriesActionAndVelocitiesOrKeepsTheOutputWhenTooLong) {
@@ -95,6 +90,6 @@ TEST(SceneJsonTest, TrackTextCarriesActionAndVelocitiesOrKeepsTheOutputWhenTooLo
     LogCapture::clear();
     ZorvCameraProvider::buildTrackJson(track, json);
     EXPECT_EQ(std::string(json), before);
-    EXPECT_EQ(LogCapture::linesWithTag(kProviderTag),
+    EXPECT_EQ(providerLines(),
               (std::vector<LogLine>{providerLine(kError, "Failed to build scene JSON: res 1252")}));
 }

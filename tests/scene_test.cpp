@@ -1,43 +1,16 @@
 // Scenes and crops: relaying texts, setting scenes, announcing changed crops, the crop in force.
-#include <gtest/gtest.h>
+#include "support/ProviderTest.h"
 
-#include "FDSession.h"
-#include "ZorvCameraProvider.h"
-#include "kit/RecordingListener.h"
-#include "support/LogCapture.h"
-#include "support/Properties.h"
-#include "support/ProviderPeer.h"
-#include "support/RecordingEngine.h"
-#include "support/TypePrinters.h"
-
-using namespace kit;
 using namespace testing_support;
-using ::android::sp;
-using ::android::hardware::hidl_string;
-using ::android::hardware::camera::common::V1_0::Status;
-using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
-using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
 
 namespace {
 
 const SceneControl kScene{{Crop{100, 50, 740, 410}, Crop{1, 2, 3, 4}}, 1280, 720, 1, 500, 7};
 
-void setMode(int32_t mode) {
-    std::lock_guard lock(FDSession::mLock);
-    FDSession::getInstance()->mTrackingMode = mode;
-}
-
 SceneControl currentCrop(ZorvCameraProvider& provider) {
     SceneControl out;
     EXPECT_TRUE(provider.getCurrentCameraCropArea([&](const SceneControl& s) { out = s; }).isOk());
     return out;
-}
-
-std::string sceneText(const SceneControl& scene) {
-    hidl_string text;
-    ZorvCameraProvider::buildSceneJson(scene, text);
-    return text;
 }
 
 // The events of one announcement of `scene` (unmirrored).
@@ -101,7 +74,7 @@ TEST(SceneTest, SetSceneStoresAlwaysAndAnnouncesOnlyNewCropsInModesOneAndTwo) {
         sp<RecordingListener> listener = new RecordingListener();
         if (row.listenerBefore) provider->setListener(listener);
         if (row.previous.frameWidth != 0) provider->setScene(row.previous);
-        const SceneControl last = ZorvCameraProviderTestPeer::lastCrop(*provider);
+        const SceneControl last = Peer::lastCrop(*provider);
         EXPECT_TRUE(row.listenerBefore || last == SceneControl{});
         if (!row.listenerBefore) provider->setListener(listener);
         listener->clear();
@@ -130,7 +103,7 @@ TEST(SceneTest, SetSceneStoresAlwaysAndAnnouncesOnlyNewCropsInModesOneAndTwo) {
         if (row.mode == 1 || row.mode == 2) {
             EXPECT_EQ(currentCrop(*provider), row.scene);
         }
-        EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(*provider), row.announce ? row.scene : last);
+        EXPECT_EQ(Peer::lastCrop(*provider), row.announce ? row.scene : last);
     }
 }
 
@@ -153,7 +126,7 @@ TEST(SceneTest, AnnouncementGoesCropsFirstToEveryListenerAndLogsEachFailure) {
                                         "first: " + events[1], "second: " + events[1]}));
     const std::string status = "Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: '";
     EXPECT_EQ(
-            LogCapture::linesWithTag(kProviderTag),
+            providerLines(),
             (std::vector<LogLine>{
                     providerLine(kError, "Error from onCameraCropApplied callback: " + status),
                     providerLine(kError, "Error from onCameraSceneJsonApplied callback: " + status),

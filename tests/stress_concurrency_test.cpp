@@ -6,37 +6,14 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
-#include <functional>
 #include <memory>
-#include <mutex>
-#include <random>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include <gtest/gtest.h>
-
-#include "FDSession.h"
-#include "ZorvCameraProvider.h"
-#include "kit/RecordingListener.h"
-#include "support/LogCapture.h"
-#include "support/Properties.h"
 #include "support/ProviderOps.h"
-#include "support/ProviderPeer.h"
-#include "support/RecordingEngine.h"
-#include "support/TypePrinters.h"
+#include "support/ProviderTest.h"
 #include "support/Watchdog.h"
 
-using namespace kit;
 using namespace testing_support;
-using ::android::sp;
-using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
-using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FramingEngine;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::CameraMoveDirection;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackingMode;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::ZorvCameraProviderTestPeer;
 
 namespace {
 
@@ -48,69 +25,42 @@ constexpr std::chrono::seconds kBound{60};
 constexpr int kFirstDeathAfter = 40;
 constexpr int kSecondDeathAfter = 200;
 
-class RandomChoices : public Choices {
-  public:
-    explicit RandomChoices(uint32_t seed) : mRandom(seed) {}
-    int32_t pick(int32_t low, int32_t high) override {
-        return std::uniform_int_distribution<int32_t>(low, high)(mRandom);
+// What threads add to under one lock: what went wrong, threads listeners started.
+struct Collected {
+    std::mutex lock;  // guards the lists
+    Strings problems;
+    std::vector<std::thread> started;
+    void problem(const std::string& what) {
+        std::lock_guard<std::mutex> hold(lock);
+        problems.push_back(what);
     }
-    size_t index(size_t n) override { return static_cast<size_t>(pick(0, int32_t(n) - 1)); }
-    std::string cameraId() override {
-        static const char* const kCameras[] = {"0", "device@3.2/internal/0", "1",
-                                               "device@3.2/internal/1"};
-        return kCameras[index(4)];
-    }
-    std::string text(size_t) override { return "{\"n\":" + std::to_string(pick(0, 99)) + "}"; }
-
-  private:
-    std::mt19937 mRandom;
 };
-
-// A list that threads add to under its own lock: what went wrong, threads listeners started.
-template <typename T>
-class Collected {
-  public:
-    void add(T item) {
-        std::lock_guard<std::mutex> lock(mLock);
-        mItems.push_back(std::move(item));
-    }
-    std::vector<T> take() {
-        std::lock_guard<std::mutex> lock(mLock);
-        return std::move(mItems);
-    }
-
-  private:
-    std::mutex mLock;  // guards mItems
-    std::vector<T> mItems;
-};
-using Problems = Collected<std::string>;
-using Started = Collected<std::thread>;
 
 // Calls made from inside a listener do not call back again on the same thread.
 thread_local bool tInsideListener = false;
 
 // A listener of `provider` that, while `active`, calls back into it from its callbacks with an
 // operation of the table: on the calling thread, or now and then on a thread it starts.
-sp<RecordingListener> reentrantListener(const std::string& name, ZorvCameraProvider& provider,
-                                        const std::atomic<bool>& active, Problems& problems,
-                                        Started& started) {
-    sp<RecordingListener> listener = new RecordingListener(name);
-    listener->onEvent([&provider, &active, &problems, &started](const std::string&) {
+sp<RecordingListener> reentrantListener(ZorvCameraProvider& provider,
+                                        const std::atomic<bool>& active, Collected& out) {
+    sp<RecordingListener> listener = new RecordingListener("reentrant");
+    listener->onEvent([&provider, &active, &out](const std::string&) {
         if (!active || tInsideListener) return;
         thread_local RandomChoices in(std::hash<std::thread::id>()(std::this_thread::get_id()));
         const auto& ops = providerOps();
         const ProviderOp& op = ops[in.index(ops.size())];
-        auto run = [&provider, &problems, &op](Choices& choices) {
+        auto run = [&provider, &out, &op](Choices& choices) {
             tInsideListener = true;
-            OpContext c{provider, choices, [&](const std::string& w) { problems.add(w); }, nullptr};
+            OpContext c{provider, choices, [&](const std::string& w) { out.problem(w); }, nullptr};
             op.run(c);
             tInsideListener = false;
         };
         if (in.index(8) == 0) {
-            started.add(std::thread([run, seed = in.pick(0, 1 << 20)] {
+            std::lock_guard<std::mutex> hold(out.lock);
+            out.started.emplace_back([run, seed = in.pick(0, 1 << 20)] {
                 RandomChoices own(seed);
                 run(own);
-            }));
+            });
         } else {
             run(in);
         }
@@ -151,14 +101,6 @@ void together(int threads, const std::function<void(int, RandomChoices&)>& body)
     for (std::thread& t : running) t.join();
 }
 
-std::string lastModeHeard(const RecordingListener& l) {
-    std::string heard;
-    for (const std::string& e : l.events()) {
-        if (e.rfind("cameraDeviceTrackingChange", 0) == 0) heard = e.substr(e.rfind(' ') + 1);
-    }
-    return heard;
-}
-
 // True when every element of `part` occurs in `whole`, in the same order.
 bool inOrder(const std::vector<SceneControl>& part, const std::vector<SceneControl>& whole) {
     auto at = whole.begin();
@@ -180,16 +122,14 @@ TEST(StressConcurrencyTest, EveryMethodOfTwoProvidersWithListenersThatCallBackEn
     sp<ZorvCameraProvider> providers[] = {new ZorvCameraProvider(), new ZorvCameraProvider()};
     ZorvCameraProvider& p = *providers[0];
     std::atomic<bool> reentry{true};
-    Problems problems;
-    Started started;
+    Collected out;
     sp<RecordingListener> first = new RecordingListener("first");
     sp<RecordingListener> second = new RecordingListener("second");
     sp<RecordingListener> dying = dyingListener("dying", kFirstDeathAfter);
     sp<RecordingListener> dyingLater = dyingListener("dyingLater", kSecondDeathAfter);
     for (const auto& l : {first, second, dying, dyingLater}) p.setListener(l);
     for (const auto& provider : providers) {
-        provider->setListener(
-                reentrantListener("reentrant", *provider, reentry, problems, started));
+        provider->setListener(reentrantListener(*provider, reentry, out));
     }
     const auto& ops = providerOps();
     std::vector<std::atomic<int>> counts(ops.size());
@@ -209,7 +149,7 @@ TEST(StressConcurrencyTest, EveryMethodOfTwoProvidersWithListenersThatCallBackEn
         // One context per provider, each with the client's own listener for it.
         std::vector<OpContext> contexts;
         for (const auto& provider : providers) {
-            contexts.push_back({*provider, in, [&](const std::string& w) { problems.add(w); },
+            contexts.push_back({*provider, in, [&](const std::string& w) { out.problem(w); },
                                 new RecordingListener("client" + std::to_string(t))});
         }
         for (int i = 0; i < kOpsPerThread; ++i) {
@@ -224,12 +164,12 @@ TEST(StressConcurrencyTest, EveryMethodOfTwoProvidersWithListenersThatCallBackEn
     churning = false;
     churn.join();
     reentry = false;
-    for (std::thread& t : started.take()) t.join();
+    for (std::thread& t : out.started) t.join();
 
     // Then every operation ran, nothing impossible was seen, and the two plain listeners heard
     // the same notifications in the same order, crops only when they changed
     for (size_t op = 0; op < ops.size(); ++op) EXPECT_GT(counts[op].load(), 0) << ops[op].name;
-    EXPECT_EQ(problems.take(), std::vector<std::string>{});
+    EXPECT_EQ(out.problems, Strings{});
     EXPECT_EQ(first->events(), second->events());
     const std::vector<SceneControl> crops = first->crops();
     for (size_t i = 1; i < crops.size(); ++i) EXPECT_FALSE(crops[i - 1] == crops[i]) << i;
@@ -237,16 +177,10 @@ TEST(StressConcurrencyTest, EveryMethodOfTwoProvidersWithListenersThatCallBackEn
     // And each dying listener was called up to its death, logged once and dropped
     EXPECT_EQ(dying->events().size(), static_cast<size_t>(kFirstDeathAfter));
     EXPECT_EQ(dyingLater->events().size(), static_cast<size_t>(kSecondDeathAfter));
-    EXPECT_EQ(ZorvCameraProviderTestPeer::listenerCount(p), 3u);
-    size_t errors = 0;
-    for (const LogLine& l : LogCapture::linesWithTag(kProviderTag)) {
-        if (l.priority != kError) continue;
-        ++errors;
-        EXPECT_NE(l.text.find("callback: Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '"),
-                  std::string::npos)
-                << l;
-    }
-    EXPECT_EQ(errors, 2u);
+    EXPECT_EQ(Peer::listenerCount(p), 3u);
+    const Lines errors = providerLines(kError);
+    EXPECT_EQ(errors.size(), 2u);
+    for (const LogLine& l : errors) EXPECT_NE(l.text.find("callback: " + kDead), l.text.npos) << l;
 
     // When, on the first provider, tracking modes are set at once while a listener sets
     // another mode from what it is told
@@ -264,12 +198,7 @@ TEST(StressConcurrencyTest, EveryMethodOfTwoProvidersWithListenersThatCallBackEn
     });
 
     // Then the session's mode, the property and every listener's last notification agree
-    const int32_t mode = static_cast<int32_t>(TrackingMode(p.getTrackingMode("0")));
-    EXPECT_EQ(prop("vendor.talkertracking.flag"), std::to_string(mode));
-    for (const auto& l : {first, second, changer}) {
-        const std::string heard = lastModeHeard(*l);
-        EXPECT_TRUE(heard == std::to_string(mode) || (heard == "3" && mode == 2)) << heard;
-    }
+    expectAgreement({first, second, changer}, false);
 
     // When, with tracking off, moves, presets and zoom limits run at once while a listener
     // pans from the crops it is told
@@ -309,15 +238,11 @@ TEST(StressConcurrencyTest, EveryMethodOfTwoProvidersWithListenersThatCallBackEn
     for (const RecordingEngine::Call& call : engine.calls()) {
         if (call.operation == "onPTZControl") stored.push_back(call.scene);
     }
-    SceneControl inForce;
-    {
-        std::lock_guard lock(FDSession::mLock);
-        inForce = FDSession::getInstance()->mPTZControl;
-    }
+    const SceneControl inForce = ptz();
     ASSERT_FALSE(first->crops().empty());
     EXPECT_EQ(first->crops().back(), inForce);
     EXPECT_EQ(second->crops().back(), inForce);
-    EXPECT_EQ(ZorvCameraProviderTestPeer::lastCrop(p), inForce);
+    EXPECT_EQ(Peer::lastCrop(p), inForce);
     EXPECT_TRUE(inOrder(first->crops(), stored));
     printf("stress: %d threads x %d operations; %zu notifications per plain listener, %zu crops "
            "stored at the end\n",

@@ -11,12 +11,7 @@
 
 #include "CameraControlCache.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
 class CameraControlCacheTestPeer {
   public:
@@ -60,11 +55,6 @@ class CameraControlCacheTestPeer {
     }
 };
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation
 
 #endif  // TESTS_SUPPORT_CACHEPEER_H

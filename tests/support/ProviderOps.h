@@ -7,6 +7,7 @@
 #include <stdint.h>
 
 #include <functional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,25 @@ class Choices {
     virtual size_t index(size_t n) = 0;
     virtual std::string cameraId() = 0;
     virtual std::string text(size_t maxLength) = 0;
+};
+
+// Choices from a seeded generator, among four camera ids.
+class RandomChoices : public Choices {
+  public:
+    explicit RandomChoices(uint32_t seed) : mRandom(seed) {}
+    int32_t pick(int32_t low, int32_t high) override {
+        return std::uniform_int_distribution<int32_t>(low, high)(mRandom);
+    }
+    size_t index(size_t n) override { return static_cast<size_t>(pick(0, int32_t(n) - 1)); }
+    std::string cameraId() override {
+        static const char* const kCameras[] = {"0", "device@3.2/internal/0", "1",
+                                               "device@3.2/internal/1"};
+        return kCameras[index(4)];
+    }
+    std::string text(size_t) override { return "{\"n\":" + std::to_string(pick(0, 99)) + "}"; }
+
+  private:
+    std::mt19937 mRandom;
 };
 
 struct OpContext {

@@ -6,12 +6,7 @@
 
 #include "ZorvCameraProvider.h"
 
-namespace vendor {
-namespace zorv {
-namespace zorvprovider {
-namespace zorvprovider {
-namespace V2_4 {
-namespace implementation {
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
 
 class ZorvCameraProviderTestPeer {
   public:
@@ -40,11 +35,6 @@ class ZorvCameraProviderTestPeer {
     static auto& lock(ZorvCameraProvider& p) { return p.mLock; }
 };
 
-}  // namespace implementation
-}  // namespace V2_4
-}  // namespace zorvprovider
-}  // namespace zorvprovider
-}  // namespace zorv
-}  // namespace vendor
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation
 
 #endif  // TESTS_SUPPORT_PROVIDERPEER_H

@@ -1,0 +1,93 @@
+// What the provider's tests share: the test doubles, the names and a few one-line probes.
+#ifndef TESTS_SUPPORT_PROVIDERTEST_H
+#define TESTS_SUPPORT_PROVIDERTEST_H
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "FDSession.h"
+#include "ZorvCameraProvider.h"
+#include "kit/RecordingListener.h"
+#include "support/LogCapture.h"
+#include "support/Properties.h"
+#include "support/ProviderPeer.h"
+#include "support/RecordingEngine.h"
+#include "support/TypePrinters.h"
+
+namespace testing_support {
+
+using namespace kit;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation;
+using ::android::sp;
+using ::android::hardware::hidl_string;
+using ::android::hardware::hidl_vec;
+using ::android::hardware::camera::common::V1_0::Status;
+using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
+using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FramingEngine;
+using Peer = ZorvCameraProviderTestPeer;
+using Strings = std::vector<std::string>;
+using Lines = std::vector<LogLine>;
+
+const std::string kDead = "Status(EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '";
+const std::string kFailed = "Status(EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: '";
+const Crop kFull{0, 0, 1280, 720};
+
+inline void setMode(int32_t mode) {
+    std::lock_guard lock(FDSession::mLock);
+    FDSession::getInstance()->mTrackingMode = mode;
+}
+inline int32_t sessionMode() {
+    std::lock_guard lock(FDSession::mLock);
+    return FDSession::getInstance()->mTrackingMode;
+}
+inline SceneControl ptz() {
+    std::lock_guard lock(FDSession::mLock);
+    return FDSession::getInstance()->mPTZControl;
+}
+inline std::string sceneText(const SceneControl& scene) {
+    hidl_string text;
+    ZorvCameraProvider::buildSceneJson(scene, text);
+    return text;
+}
+inline Lines providerLines(int minPriority = 0) {
+    Lines out;
+    for (const LogLine& l : LogCapture::linesWithTag(kProviderTag)) {
+        if (l.priority >= minPriority) out.push_back(l);
+    }
+    return out;
+}
+// The last tracking mode `l` was told, "" when none.
+inline std::string lastModeHeard(const RecordingListener& l) {
+    std::string heard;
+    for (const std::string& e : l.events()) {
+        if (e.rfind("cameraDeviceTrackingChange", 0) == 0) heard = e.substr(e.rfind(' ') + 1);
+    }
+    return heard;
+}
+// After every call has returned: the session's mode, the talker-tracking property and each
+// listener's last tracking notification agree (3 runs as 2), and in mode 0 each listener's
+// last crop is the crop in force (when `crops`).
+inline void expectAgreement(const std::vector<sp<RecordingListener>>& listeners,
+                            bool crops = true) {
+    const int32_t mode = sessionMode();
+    const SceneControl inForce = ptz();
+    EXPECT_EQ(prop("vendor.talkertracking.flag"), std::to_string(mode));
+    for (const sp<RecordingListener>& l : listeners) {
+        const std::string heard = lastModeHeard(*l);
+        if (!heard.empty() || !crops) {
+            EXPECT_TRUE(heard == std::to_string(mode) || (heard == "3" && mode == 2)) << heard;
+        }
+        if (crops && mode == 0 && !l->crops().empty()) {
+            EXPECT_EQ(l->crops().back(), inForce);
+        }
+    }
+}
+
+}  // namespace testing_support
+
+#endif  // TESTS_SUPPORT_PROVIDERTEST_H
