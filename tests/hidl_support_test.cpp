@@ -4,7 +4,6 @@
 #include <hidl/HidlSupport.h>
 #include <hidl/Status.h>
 
-using ::android::hardware::hidl_string;
 using ::android::hardware::hidl_vec;
 using ::android::hardware::Return;
 using ::android::hardware::Status;
@@ -28,25 +27,6 @@ TEST(HidlSupportTest, StatusDescriptionsMatchThePlatformTexts) {
     Return<void> failed = Status::fromStatusT(::android::FAILED_TRANSACTION);
     EXPECT_FALSE(failed.isDeadObject());
     EXPECT_FALSE(failed.isOk());  // now checked
-}
-
-TEST(HidlSupportTest, VectorOwnershipFollowsSetToExternalAndMovesStringsCopyDeep) {
-    // An owned external buffer replaces (and frees) the previous one; ASan checks new[]/delete[]
-    hidl_vec<uint8_t> v = {1, 2, 3};
-    uint8_t* owned = new uint8_t[4]{9, 8, 7, 6};
-    v.setToExternal(owned, 4, /*shouldOwn=*/true);
-    EXPECT_EQ(v.data(), owned);
-
-    // A moved-from vector keeps pointer and size but no longer owns them
-    hidl_vec<uint8_t> w = std::move(v);
-    EXPECT_EQ(v.data(), owned);  // NOLINT(bugprone-use-after-move)
-    EXPECT_EQ(w[3], 6);
-
-    const char withNul[] = {'a', '\0', 'b'};
-    hidl_string s(withNul, 3);
-    hidl_string t = s;
-    EXPECT_EQ(std::string(t), std::string(withNul, 3));
-    EXPECT_NE(t.c_str(), s.c_str());
 }
 
 TEST(HidlSupportDeathTest, MisuseAbortsAsOnThePlatformOrWhereItIsUndefinedThere) {
