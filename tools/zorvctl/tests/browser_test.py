@@ -20,10 +20,10 @@ SCALE = 4.25
 def browser(profile):
     options = webdriver.ChromeOptions()
     options.binary_location = "/usr/bin/chromium"
-    for flag in ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-                 "--disable-background-networking", "--disable-component-update", "--disable-sync",
-                 "--user-data-dir=" + profile, "--window-size=1400,1000"]:
-        options.add_argument(flag)
+    for flag in ("headless no-sandbox disable-gpu disable-quic no-first-run disable-sync "
+                 "disable-background-networking disable-component-update window-size=1400,1000").split():
+        options.add_argument("--" + flag)
+    options.add_argument("--user-data-dir=" + profile)
     return webdriver.Chrome(service=Driver("/usr/bin/chromedriver"), options=options)
 
 
@@ -56,9 +56,11 @@ def check(page, service):
 
     wait.until(lambda _: find("#link").text == "live" and "> setListener panel" in log())
     # Keys and buttons: zoom in 100 with +, pan left 100 with the arrow, tilt up 30 by button.
-    step = find("#step")
-    step.clear()
-    step.send_keys("100")
+    def enter(css, text):
+        find(css).clear()
+        find(css).send_keys(text)
+
+    enter("#step", "100")
     body = find("body")
     for key, expected in [("+", [100, 56, 1180, 664]), (Keys.ARROW_LEFT, [0, 56, 1080, 664])]:
         body.send_keys(key)
@@ -66,17 +68,14 @@ def check(page, service):
         assert crop() == expected, (crop(), expected)
         drawn_is("#inforce", expected)
         drawn_is("#announced", expected)
-    step.clear()
-    step.send_keys("30")
+    enter("#step", "30")
     find("[data-move=TILT_UP]").click()
     announced([0, 26, 1080, 634])
     drawn_is("#inforce", crop())
 
     # A preset round trip: save 5, zoom out, recall 5.
     saved = crop()
-    preset = find("#preset")
-    preset.clear()
-    preset.send_keys("5")
+    enter("#preset", "5")
     find("#save").click()
     wait.until(lambda _: service.state()["presets"].get("5") == saved)
     drawn_is("rect[data-preset='5']", saved)

@@ -46,8 +46,7 @@ CLIENTS, CALLS, MOVES = 8, 450, 50  # per client: mixed calls, then moves only
 DIRECTIONS = ["PAN_LEFT", "PAN_RIGHT", "TILT_UP", "TILT_DOWN", "ZOOM_IN", "ZOOM_OUT"]
 
 
-def move(rng):
-    return ("moveCamera", {"camera": "0", "direction": rng.choice(DIRECTIONS), "step": rng.randint(1, 200)})
+move = lambda rng: ("moveCamera", {"camera": "0", "direction": rng.choice(DIRECTIONS), "step": rng.randint(1, 200)})
 
 
 def mixed(rng):
@@ -74,10 +73,8 @@ def run_clients(service, calls, pick):
                 failures.append((method, body, status, answer))
 
     threads = [threading.Thread(target=client, args=(n,)) for n in range(CLIENTS)]
-    for t in threads:
-        t.start()
-    for t in threads:
-        t.join(timeout=60)
+    [t.start() for t in threads]
+    [t.join(timeout=60) for t in threads]
     assert not any(t.is_alive() for t in threads), "calls still running after 60 s"
     assert not failures, failures[:5]
 
@@ -97,21 +94,23 @@ def load(service):
                     last["crops"] = event["args"]["crops"]
                 last["seq"] = event["seq"]
 
+    def settled():  # the state once the stream has caught up with it
+        state = service.state()
+        while last.get("seq") != state["seq"] and time.monotonic() - start < 60:
+            time.sleep(0.05)
+        return state
+
     threading.Thread(target=read_stream, daemon=True).start()
     start = time.monotonic()
     run_clients(service, CALLS, mixed)
-    state = service.state()
-    while last.get("seq") != state["seq"] and time.monotonic() - start < 60:
-        time.sleep(0.05)
+    state = settled()
     assert state["trackingMode"] == int(state["properties"]["vendor.talkertracking.flag"]) == last["mode"], (
         state["trackingMode"], state["properties"], last)
     # Tracking off (the crop returns to the full frame unannounced), then moves only: every crop
     # in force was announced, the last one last.
     assert service.call("setTrackingMode", {"camera": "0", "mode": 0})[0] == 200
     run_clients(service, MOVES, move)
-    state = service.state()
-    while last.get("seq") != state["seq"] and time.monotonic() - start < 60:
-        time.sleep(0.05)
+    state = settled()
     assert state["inForce"]["crops"] == state["lastAnnounced"]["crops"] == last["crops"], (state, last)
     print("%d calls in %.1f s" % (CLIENTS * (CALLS + MOVES), time.monotonic() - start))
 

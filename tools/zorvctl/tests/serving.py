@@ -24,10 +24,9 @@ class Service:
     def call(self, method, body=None):
         """POSTs to /api/METHOD (a dict is sent as JSON); returns (status, answer)."""
         data = body if isinstance(body, (str, bytes)) else json.dumps(body or {})
-        request = urllib.request.Request(self.url + "/api/" + method,
-                                         data if isinstance(data, bytes) else data.encode())
         try:
-            with urllib.request.urlopen(request, timeout=10) as res:
+            with urllib.request.urlopen(self.url + "/api/" + method,
+                                        data if isinstance(data, bytes) else data.encode(), 10) as res:
                 return res.status, json.load(res)
         except urllib.error.HTTPError as e:
             return e.code, json.load(e)
