@@ -2,8 +2,6 @@
 #include <stdio.h>
 #include <string.h>
 
-#include <thread>
-
 #include <gtest/gtest.h>
 #include <system/camera_metadata_tags.h>
 
@@ -206,29 +204,4 @@ TEST_F(CacheStoreTest, DestroyingTheInstanceReleasesEveryPayload) {
     EXPECT_TRUE(watch.expired());
     EXPECT_NE(CameraControlCache::Instance(), nullptr);
     EXPECT_EQ(Peer::cameraCount(), 0u);
-}
-
-TEST_F(CacheStoreTest, ConcurrencyOfWritersKeepsOneWholeEntryPerTag) {
-    // Given four threads writing the same tags of one camera under different names
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([t] {
-            std::shared_ptr<CameraControlCache> c = CameraControlCache::Instance();
-            for (int i = 0; i < 200; ++i) {
-                c->setCameraMetadata(t % 2 ? "9" : "device@3.2/internal/9", 0x10001, i);
-                c->setCameraMetaarray("9", 0xD0000, hidl_vec<int32_t>{i, i, i, i});
-                c->removeMetaData("9", 0x10001);
-            }
-        });
-    }
-    for (std::thread& t : threads) t.join();
-
-    // Then the camera holds at most one entry per tag, each whole
-    std::vector<Peer::Stored> entries = Peer::entries("9");
-    ASSERT_GE(entries.size(), 1u);
-    ASSERT_LE(entries.size(), 2u);
-    const Peer::Stored& crop = entries[0].tag == 0xD0000u ? entries[0] : entries.back();
-    EXPECT_EQ(crop.count, 4u);
-    EXPECT_EQ(crop.bytes,
-              (std::vector<uint8_t>{199, 0, 0, 0, 199, 0, 0, 0, 199, 0, 0, 0, 199, 0, 0, 0}));
 }

@@ -3,8 +3,6 @@
 #include <string.h>
 
 #include <algorithm>
-#include <atomic>
-#include <thread>
 
 #include <gtest/gtest.h>
 #include <hostfault/FaultInjection.h>
@@ -377,30 +375,4 @@ TEST_F(MetadataMergeTest, EverySingleFaultKeepsEachQueuedBlobOnceWholeAndInOrder
     Strings untouched = row(u, n, u, u);
     untouched.push_back("EXTRA BYTES");
     EXPECT_EQ(crowded.outcome(), untouched);
-}
-
-TEST_F(MetadataMergeTest, ConcurrencyOfWritersAndMergesKeepsEveryMergedCropWhole) {
-    // Given a thread rewriting the cached crop region while batches of two are merged
-    auto c = cache();
-    c->setCameraMetaarray("0", kCrop, hidl_vec<int32_t>{0, 0, 0, 0});
-    std::atomic<bool> done{false};
-    std::thread writer([c, &done] {
-        for (int32_t i = 1; !done; ++i) c->setCameraMetaarray("0", kCrop, {i, i, i, i});
-    });
-    const Bytes settings = blob(4, 32, {kAwb1});
-    for (int round = 0; round < 200; ++round) {
-        hidl_vec<CaptureRequest> requests;
-        std::vector<Bytes> out = merge({settings, settings}, requests);
-
-        // Then every blob holds one whole crop region, the same in both
-        ASSERT_EQ(out.size(), 2u);
-        Items got = items(out[0]);
-        ASSERT_EQ(got.size(), 2u);
-        int32_t v[4];
-        memcpy(v, got[1].bytes.data(), sizeof(v));
-        EXPECT_TRUE(v[0] == v[1] && v[1] == v[2] && v[2] == v[3]);
-        EXPECT_EQ(items(out[1]), got);
-    }
-    done = true;
-    writer.join();
 }
