@@ -12,7 +12,7 @@ echo "exit $?"
 "$ZORVCTL" help | grep -A1 "LEVEL (setZoomInLimit)"
 # At a terminal: Tab completes a command and a direction, Up recalls the last line; history kept.
 printf 'setLis\tL1\nmoveCamera 0 ZOOM_I\t100\n\033[A\nquit\n' |
-  HOME="$WORK" script -qec "$ZORVCTL --fold" /dev/null | tr -d '\r' | grep '^=>\|^cb '
+  HOME="$WORK" script -qec "$ZORVCTL --fold" /dev/null | tr -d '\r' | grep '^=>'
 echo "history: $(grep -c moveCamera "$WORK/.zorvctl_history") moves"
 # --props is written at every change (only persist.*), keeping the file's other lines: the preset
 # is there while zorvctl runs and after it is killed; the next run recalls it and draws it.
@@ -28,8 +28,8 @@ mkfifo "$WORK/in"
   echo "killed: exit $?"
 ) 2>/dev/null
 cat "$WORK/props"
-"$ZORVCTL" --fold --props "$WORK/props" --svg "$WORK/p.svg" -c "setListener L1" \
-  -c "gotoPreset 0 7" -c "gotoPreset 0 8" -c "prop get vendor.camera.bench"
+"$ZORVCTL" --props "$WORK/props" --svg "$WORK/p.svg" -c "gotoPreset 0 7" -c "gotoPreset 0 8" \
+  -c "getCurrentCameraCropArea" -c "prop get vendor.camera.bench"
 grep -c 'preset 7' "$WORK/p.svg"
 printf 'persist.a=1\nnot a property\n' >"$WORK/bad"
 "$ZORVCTL" --props "$WORK/bad" getTrackingMode 0 2>&1 | sed "s|$WORK|WORK|"

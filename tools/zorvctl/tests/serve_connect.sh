@@ -17,4 +17,5 @@ timeout 10 bash -c "until grep -q '^usage: savePreset' $WORK/watch; do sleep 0.1
 kill -TERM $server
 wait $server; echo "serve exit $?"
 wait $watcher; echo "watch exit $?"
-grep -v '^|' "$WORK/watch"
+head -n -3 "$WORK/watch" | diff "$WORK/local" - && echo "the watching client saw the same"
+tail -n 3 "$WORK/watch"
