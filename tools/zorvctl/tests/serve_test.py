@@ -49,16 +49,14 @@ DIRECTIONS = ["PAN_LEFT", "PAN_RIGHT", "TILT_UP", "TILT_DOWN", "ZOOM_IN", "ZOOM_
 move = lambda rng: ("moveCamera", {"camera": "0", "direction": rng.choice(DIRECTIONS), "step": rng.randint(1, 200)})
 
 
-def mixed(rng):
-    return rng.choice([
+mixed = lambda rng: rng.choice([
         move(rng),
         ("setTrackingMode", {"camera": "0", "mode": rng.choice([0, 0, 1, 2])}),
         ("savePreset", {"camera": "0", "number": rng.randint(0, 3)}),
         ("gotoPreset", {"camera": "0", "number": rng.randint(0, 3)}),
         ("setScene", {"crop": [[0, 0, rng.randint(100, 1280), 720]]}),
         ("getCurrentCameraCropArea", {}),
-        ("getTrackingMode", {"camera": "0"}),
-    ])
+        ("getTrackingMode", {"camera": "0"})])
 
 
 def run_clients(service, calls, pick):
@@ -88,10 +86,9 @@ def load(service):
         for line in stream:
             if line.startswith(b"data: "):
                 event = json.loads(line[6:])
-                if event.get("method") == "cameraDeviceTrackingChange":
-                    last["mode"] = event["args"]["mode"]
-                if event.get("method") == "onCameraCropApplied":
-                    last["crops"] = event["args"]["crops"]
+                for key in {"cameraDeviceTrackingChange": "mode", "onCameraCropApplied": "crops"}.get(
+                        event.get("method"), "").split():
+                    last[key] = event["args"][key]
                 last["seq"] = event["seq"]
 
     def settled():  # the state once the stream has caught up with it
