@@ -2,7 +2,7 @@
 # the usage; on standard input every error is reported, the next line still runs, the status is 1.
 "$ZORVCTL" -f errors.zc; echo "exit $?"
 printf 'zoom 0 in\ngetTrackingMode 0\n' | "$ZORVCTL" -f -; echo "exit $?"
-"$ZORVCTL" -c "setListener L1" -c "moveCamera 0 ZOOM_IN ten" -c "getTrackingMode 0"; echo "exit $?"
+"$ZORVCTL" -c "moveCamera 0 ZOOM_IN ten" -c "getTrackingMode 0"; echo "exit $?"
 "$ZORVCTL" moveCamera 0 ZOOM_SIDEWAYS 10; echo "exit $?"
 "$ZORVCTL" getTrackingMode 0 1; echo "exit $?"
 "$ZORVCTL" -c 'setSceneJson "{'; echo "exit $?"
