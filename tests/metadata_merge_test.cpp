@@ -240,10 +240,13 @@ TEST_F(MetadataMergeTest, NoListNoBatchOrAQueueNotHoldingTheBatchChangesNothing)
     // settings in it, no more than it holds
     CaptureRequest request{};
     request.fmqSettingsSize = settings.size();
-    queue = queueWith({settings});
-    c->appendAlwaysMetadata(queue, request, asEntry(u8(kAeMode, {2})));
+    Bytes dirty = settings;
+    std::fill(dirty.end() - 16, dirty.end(), 0xAB);  // the unused data area, last in the blob
+    queue = queueWith({dirty});
+    c->appendAlwaysMetadata(queue, request, asEntry(i32(kMarker, {1, 2, 3})));
     const Bytes merged = drain(*queue);
-    EXPECT_EQ(items(merged), (Items{kAwb1, u8(kAeMode, {2})}));
+    EXPECT_EQ(items(merged), (Items{kAwb1, i32(kMarker, {1, 2, 3})}));
+    EXPECT_EQ(Bytes(merged.end() - 4, merged.end()), Bytes(4, 0));  // no stale alignment tail
     queue = queueWith({merged});
     LogCapture::clear();
     c->appendAlwaysMetadata(nullptr, request, asEntry(kCropItem));
