@@ -68,6 +68,7 @@ TEST(CameraMetadataTest, LayoutAddAndFindFollowThePlatform) {
     // Entry table and data 8-aligned after the header; payloads over 4 bytes at 8-aligned data
     // offsets; adding clears the sorted flag; a table exactly full takes no more
     EXPECT_EQ(calculate_camera_metadata_size(2, 5), 88u);
+    EXPECT_EQ(allocate_camera_metadata(1, size_t{1} << 32), nullptr);  // capacity over 32 bits
     Metadata m = make(3, 40);
     setU32(m.get(), kFlags, 1);
     ASSERT_EQ(add(m.get(), kExposure, {-3}), 0);
