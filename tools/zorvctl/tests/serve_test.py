@@ -26,20 +26,16 @@ BAD_INPUT = [
     ("run", {}, 400, 'give "line" or "words"'),
     ("fd/configure", {}, 409, "run getFDSessionInterface first"),
     ("moveCamera", "{" + " " * 65536 + "}", 413, "over 65536 bytes"),
+    ("/nowhere", {}, 404, ""),
 ]
 
 
 def bad_input(service):
     for method, body, status, error in BAD_INPUT:
         got, answer = service.call(method, body)
-        assert (got, error in answer.get("error", "")) == (status, True), (method, got, answer)
+        assert (got, error in answer["error"]) == (status, True), (method, got, answer)
         # The service goes on, and the refused call changed nothing.
         assert service.call("getCurrentCameraCropArea")[1]["result"]["crops"] == [[0, 0, 1280, 720]]
-    try:
-        urllib.request.urlopen(service.url + "/nowhere", timeout=10)
-        assert False, "/nowhere answered"
-    except urllib.error.HTTPError as e:
-        assert e.code == 404 and "error" in json.load(e)
 
 
 CLIENTS, CALLS, MOVES = 8, 450, 50  # per client: mixed calls, then moves only

@@ -22,10 +22,10 @@ class Service:
         threading.Thread(target=self.proc.stdout.read, daemon=True).start()
 
     def call(self, method, body=None):
-        """POSTs to /api/METHOD (a dict is sent as JSON); returns (status, answer)."""
+        """POSTs to /api/METHOD, or to /PATH, a dict as JSON; returns (status, answer)."""
         data = body if isinstance(body, (str, bytes)) else json.dumps(body or {})
         try:
-            with urllib.request.urlopen(self.url + "/api/" + method,
+            with urllib.request.urlopen(self.url + ("" if method[0] == "/" else "/api/") + method,
                                         data if isinstance(data, bytes) else data.encode(), 10) as res:
                 return res.status, json.load(res)
         except urllib.error.HTTPError as e:
