@@ -183,11 +183,18 @@ TEST(CameraMetadataTest, ValidateReportsEachStructuralFault) {
         int result;
     };
     const Row rows[] = {
-            {kSize, 144, 1},           {kEntryCount, 5, 1},       {kDataCount, 72, 1},
-            {kDataStart, 49, 1},       {entry(0, kType), 6, 1},   {entry(0, kType), TYPE_FLOAT, 1},
-            {entry(1, kValue), 4, 1},  {entry(1, kValue), 56, 1}, {entry(0, kCount), 0, 1},
+            {kSize, 144, 1},
+            {kEntryCount, 5, 1},
+            {kDataCount, 72, 1},
+            {kDataStart, 49, 1},
+            {entry(0, kType), 6, 1},
+            {entry(0, kType), TYPE_FLOAT, 1},
+            {entry(1, kValue), 4, 1},
+            {entry(1, kValue), 56, 1},
+            {entry(0, kCount), 0, 1},
             {entry(1, kValue), 48, 0},  // past the used data but inside the capacity: passes
             {kDataCount, 12, 0},        // an unaligned data count passes too
+            {entry(0, kTag), VENDOR_SECTION_START, 0},  // vendor tags' types are not checked
     };
     const size_t size = calculate_camera_metadata_size(4, 64);
     for (const Row& row : rows) {
@@ -197,6 +204,8 @@ TEST(CameraMetadataTest, ValidateReportsEachStructuralFault) {
     }
     EXPECT_EQ(validate_camera_metadata_structure(threeEntries().get(), &size), 0);
     EXPECT_EQ(validate_camera_metadata_structure(nullptr, nullptr), 1);
+    camera_metadata_entry_t e;
+    EXPECT_EQ(get_camera_metadata_entry(threeEntries().get(), 3, &e), 1);  // past the used ones
 }
 
 TEST(CameraMetadataTest, TagTablesGiveTypesToEachSectionsEnd) {
