@@ -96,6 +96,8 @@ TEST_F(MetadataMergeTest, QueuedBlobGetsOnlyTheAlwaysAppliedTagsInPlaceOrGrown) 
           true);
     check("update that does not fit is skipped", {i32(kCrop, {1, 2, 3, 4, 5, 6})},
           blob(2, 16, {full, kAwb1}), {full, kAwb1}, 2, 16, false);
+    check("a tag held twice: the first is updated", {kCropItem, kExposureItem},
+          blob(4, 48, {full, kAwb1, full}), {kCropItem, kAwb1, full, kExposureItem}, 4, 48, true);
     check("narrower cached values are not merged", {u8(kCrop, {1, 2, 3, 4})}, blob(2, 16, {kAwb1}),
           {kAwb1}, 2, 16, false);
     // Growth: twice the needed entries (count + 1) and data (count + 16), only of the room that
