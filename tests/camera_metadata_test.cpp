@@ -140,6 +140,14 @@ TEST(CameraMetadataTest, UpdateRewritesInPlaceOrMovesLaterDataAndNeedsRoom) {
         EXPECT_EQ(validate_camera_metadata_structure(m.get(), nullptr), row.values.empty() ? 1 : 0);
     }
     EXPECT_EQ(update_camera_metadata_entry(nullptr, 0, nullptr, 0, nullptr), 1);
+    // Entry 0, made out of line, lies after the crop: it moves down when the crop is resized
+    Metadata m = threeEntries();
+    const int32_t pair[2] = {7, 8}, six[6] = {};
+    ASSERT_EQ(update_camera_metadata_entry(m.get(), 0, pair, 2, nullptr), 0);
+    ASSERT_EQ(update_camera_metadata_entry(m.get(), 1, six, 6, nullptr), 0);
+    EXPECT_EQ(fields(m.get(), {entry(0, kValue), entry(1, kValue), entry(2, kValue), kDataCount}),
+              (U32s{16, 24, 0, 48}));
+    EXPECT_EQ(valuesAt(m.get(), 0), (std::vector<int32_t>{7, 8}));
 }
 
 TEST(CameraMetadataTest, AppendRebasesOffsetsNeedsRoomAndOneVendor) {
