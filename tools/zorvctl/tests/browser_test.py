@@ -1,12 +1,11 @@
 """The web panel in headless Chromium: keys and buttons move the crop, the drawing and the event
 log agree with the API, a preset goes round, tracking refuses moves; saves a screenshot.
 Usage: browser_test.py ZORVCTL SCREENSHOT.png"""
-import sys
-import tempfile
+import sys, tempfile
 
 from selenium import webdriver
-from selenium.webdriver.chrome.service import Service as Driver
 from selenium.common.exceptions import TimeoutException
+from selenium.webdriver.chrome.service import Service as Driver
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.select import Select

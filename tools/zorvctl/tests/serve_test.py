@@ -1,12 +1,7 @@
 """zorvctl serve: bad input answered with 4xx and a JSON error (the service goes on), and
 8 clients x 500 mixed calls answered with a consistent end state.
 Usage: serve_test.py ZORVCTL bad_input|load"""
-import json
-import random
-import sys
-import threading
-import time
-import urllib.request
+import json, random, sys, threading, time, urllib.request
 
 from serving import Service
 

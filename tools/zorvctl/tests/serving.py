@@ -1,11 +1,5 @@
 """Runs `zorvctl serve` on a free port for a test, and calls its JSON API."""
-import json
-import re
-import signal
-import subprocess
-import threading
-import urllib.error
-import urllib.request
+import json, re, signal, subprocess, threading, urllib.error, urllib.request
 
 
 class Service:
