@@ -75,6 +75,10 @@ void* operator new[](size_t size) {
     if (void* p = malloc(size == 0 ? 1 : size)) return p;
     throw std::bad_alloc();
 }
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+    ++gLiveArrays;
+    return malloc(size == 0 ? 1 : size);
+}
 void operator delete[](void* p) noexcept {
     if (p != nullptr) --gLiveArrays;
     free(p);
