@@ -1,12 +1,8 @@
 // Merging cached metadata into capture requests: queued blobs (edits, growth, malformed blobs,
 // order, every single fault), new settings, and requests left alone.
-#include <stdio.h>
 #include <string.h>
 
 #include <algorithm>
-#include <atomic>
-#include <functional>
-#include <thread>
 
 #include <gtest/gtest.h>
 #include <hostfault/FaultInjection.h>
@@ -25,19 +21,18 @@ using Peer = ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::
         CameraControlCacheTestPeer;
 using Items = std::vector<Item>;
 using Strings = std::vector<std::string>;
+using Log = std::vector<LogLine>;
 
 namespace {
 
 constexpr uint32_t kExposure = ANDROID_CONTROL_AE_EXPOSURE_COMPENSATION;  // int32 x1
 constexpr uint32_t kCrop = ANDROID_SCALER_CROP_REGION;                    // int32 x4
 constexpr uint32_t kAeMode = ANDROID_CONTROL_AE_MODE;                     // byte
-constexpr uint32_t kFps = ANDROID_CONTROL_AE_TARGET_FPS_RANGE;            // int32 x2
 constexpr uint32_t kAwb = ANDROID_CONTROL_AWB_MODE;                       // byte
 constexpr uint32_t kMarker = ANDROID_JPEG_ORIENTATION;                    // int32: request mark
 
-const Item kCropItem = i32(kCrop, {1, 2, 3, 4});
-const Item kExposureItem = i32(kExposure, {-2});
-const LogLine kUpdatedCrop = cacheLine(kInfo, "updating 0xd0000 metadata \n");
+const Item kCropItem = i32(kCrop, {1, 2, 3, 4}), kExposureItem = i32(kExposure, {-2});
+const Item kFps = i32(ANDROID_CONTROL_AE_TARGET_FPS_RANGE, {15, 30}), kAwb1 = u8(kAwb, {1});
 
 // The queue's blobs, cut by the sizes the requests now claim; the queue must hold no more.
 std::vector<Bytes> blobsFor(RequestMetadataQueue& queue, const hidl_vec<CaptureRequest>& requests) {
@@ -54,142 +49,81 @@ std::vector<Bytes> blobsFor(RequestMetadataQueue& queue, const hidl_vec<CaptureR
     return out;
 }
 
-std::string format(const char* fmt, size_t a, size_t b = 0) {
-    char text[200];
-    snprintf(text, sizeof(text), fmt, a, b);
-    return text;
-}
-
 class MetadataMergeTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        Peer::reset();
-        cache = CameraControlCache::Instance();
-    }
+    void SetUp() override { Peer::reset(); }
     void TearDown() override { hostfault::disarmAll(); }
 
-    void cacheItems(const Items& cached) {
-        for (const Item& item : cached) cache->addMetaData("0", asEntry(item));
+    std::shared_ptr<CameraControlCache> cache(const Items& cached = {}) {
+        for (const Item& item : cached)
+            CameraControlCache::Instance()->addMetaData("0", asEntry(item));
+        return CameraControlCache::Instance();
     }
-    void apply(hidl_vec<CaptureRequest>& requests, std::shared_ptr<RequestMetadataQueue> queue) {
+    // Merges queued blobs for camera 0; returns the queue's blobs as the requests claim them.
+    std::vector<Bytes> merge(const std::vector<Bytes>& sent, hidl_vec<CaptureRequest>& requests) {
+        auto queue = queueWith(sent);
+        requests = queuedRequests(sent);
         LogCapture::clear();
-        cache->applyMetaData("device@3.2/internal/0", requests, std::move(queue));
+        cache()->applyMetaData("device@3.2/internal/0", requests, queue);
+        return blobsFor(*queue, requests);
     }
-
-    std::shared_ptr<CameraControlCache> cache;
 };
 
 }  // namespace
 
 TEST_F(MetadataMergeTest, QueuedBlobGetsOnlyTheAlwaysAppliedTagsInPlaceOrGrown) {
-    struct Row {
-        const char* what;
-        Items cached;
-        Bytes sent;
-        Items expected;
-        size_t entryCapacity, dataCapacity;  // of the blob written back
-        std::vector<LogLine> log;
-    };
-    const Item fps = i32(kFps, {15, 30}), awb = u8(kAwb, {1});
-    const Row rows[] = {
-            {"append with room",
-             {u8(kAeMode, {1}), kCropItem},
-             blob(8, 64, {fps, awb}),
-             {fps, awb, kCropItem},
-             8,
-             64,
-             {}},
-            {"update in place",
-             {kCropItem},
-             blob(2, 32, {i32(kCrop, {0, 0, 1280, 720}), awb}),
-             {kCropItem, awb},
-             2,
-             32,
-             {kUpdatedCrop}},
-            {"update that does not fit is skipped",
-             {i32(kCrop, {1, 2, 3, 4, 5, 6})},
-             blob(2, 16, {i32(kCrop, {0, 0, 1280, 720}), awb}),
-             {i32(kCrop, {0, 0, 1280, 720}), awb},
-             2,
-             16,
-             {}},
-            {"narrower cached values are not merged",
-             {u8(kCrop, {1, 2, 3, 4})},
-             blob(2, 16, {awb}),
-             {awb},
-             2,
-             16,
-             {}},
-            // Growth: twice the needed entries (count + 1) and data (count + 16), only of
-            // the room that runs out; the second tag then fits in the grown blob
-            {"grow: entry room only",
-             {kCropItem, kExposureItem},
-             blob(2, 64, {fps, awb}),
-             {fps, awb, kCropItem, kExposureItem},
-             6,
-             64,
-             {}},
-            {"grow: data room only",
-             {kCropItem, kExposureItem},
-             blob(4, 8, {fps}),
-             {fps, kCropItem, kExposureItem},
-             4,
-             48,
-             {}},
-            {"grow: both",
-             {kCropItem, kExposureItem},
-             blob(2, 8, {fps, awb}),
-             {fps, awb, kCropItem, kExposureItem},
-             6,
-             48,
-             {}},
-            {"grow: inline value still reserves 16 data bytes",
-             {kExposureItem},
-             blob(2, 8, {fps}),
-             {fps, kExposureItem},
-             2,
-             48,
-             {}},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
-        // Given the cached items and one queued blob
+    // Given the cached items and one queued blob, when it is merged, then the queue holds the
+    // one blob, merged, as the request now claims, with this room
+    auto check = [this](const char* what, const Items& cached, const Bytes& sent,
+                        const Items& expected, size_t entryRoom, size_t dataRoom, bool logs) {
+        SCOPED_TRACE(what);
         Peer::reset();
-        cache = CameraControlCache::Instance();
-        cacheItems(row.cached);
-        auto queue = queueWith({row.sent});
-        hidl_vec<CaptureRequest> requests = queuedRequests({row.sent});
-
-        // When the batch is merged
-        apply(requests, queue);
-
-        // Then the queue holds the one merged blob, as the request now claims
-        std::vector<Bytes> out = blobsFor(*queue, requests);
+        cache(cached);
+        hidl_vec<CaptureRequest> requests;
+        std::vector<Bytes> out = merge({sent}, requests);
         ASSERT_EQ(out.size(), 1u);
         EXPECT_TRUE(valid(out[0]));
-        EXPECT_EQ(items(out[0]), row.expected);
-        EXPECT_EQ(entryCapacity(out[0]), row.entryCapacity);
-        EXPECT_EQ(dataCapacity(out[0]), row.dataCapacity);
-        EXPECT_EQ(LogCapture::linesWithTag(kCacheTag), row.log);
+        EXPECT_EQ(items(out[0]), expected);
+        EXPECT_EQ(entryCapacity(out[0]), entryRoom);
+        EXPECT_EQ(dataCapacity(out[0]), dataRoom);
+        EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
+                  logs ? Log{cacheLine(kInfo, "updating 0xd0000 metadata \n")} : Log{});
         EXPECT_EQ(requests[0].settings.size(), 0u);
-    }
+    };
+    const Item full = i32(kCrop, {0, 0, 1280, 720});
+    check("append with room", {u8(kAeMode, {1}), kCropItem}, blob(8, 64, {kFps, kAwb1}),
+          {kFps, kAwb1, kCropItem}, 8, 64, false);
+    check("update in place", {kCropItem}, blob(2, 32, {full, kAwb1}), {kCropItem, kAwb1}, 2, 32,
+          true);
+    check("update that does not fit is skipped", {i32(kCrop, {1, 2, 3, 4, 5, 6})},
+          blob(2, 16, {full, kAwb1}), {full, kAwb1}, 2, 16, false);
+    check("a tag held twice: the first is updated", {kCropItem, kExposureItem},
+          blob(4, 48, {full, kAwb1, full}), {kCropItem, kAwb1, full, kExposureItem}, 4, 48, true);
+    check("narrower cached values are not merged", {u8(kCrop, {1, 2, 3, 4})}, blob(2, 16, {kAwb1}),
+          {kAwb1}, 2, 16, false);
+    // Growth: twice the needed entries (count + 1) and data (count + 16), only of the room that
+    // runs out; the second tag then fits in the grown blob
+    check("grow: entry room only", {kCropItem, kExposureItem}, blob(2, 64, {kFps, kAwb1}),
+          {kFps, kAwb1, kCropItem, kExposureItem}, 6, 64, false);
+    check("grow: data room only", {kCropItem, kExposureItem}, blob(4, 8, {kFps}),
+          {kFps, kCropItem, kExposureItem}, 4, 48, false);
+    check("grow: both", {kCropItem, kExposureItem}, blob(2, 8, {kFps, kAwb1}),
+          {kFps, kAwb1, kCropItem, kExposureItem}, 6, 48, false);
+    check("grow: inline value still reserves 16 data bytes", {kExposureItem}, blob(2, 8, {kFps}),
+          {kFps, kExposureItem}, 2, 48, false);
 }
 
 TEST_F(MetadataMergeTest, MalformedBlobGoesBackUnchangedInItsPlaceWithAnError) {
-    cacheItems({u8(kAwb, {2}), kCropItem});
-    const Bytes good = blob(2, 16, {u8(kAwb, {1})});
-    const Bytes withCrop = blob(2, 24, {u8(kAwb, {1}), i32(kCrop, {0, 9})});
+    cache({u8(kAwb, {2}), kCropItem});
+    const Bytes good = blob(2, 16, {kAwb1});
+    const Bytes withCrop = blob(2, 24, {kAwb1, i32(kCrop, {0, 9})});
     auto edit = [](Bytes b, size_t at, uint32_t value) {
         memcpy(&b[at], &value, 4);
         return b;
     };
-    struct Row {
-        const char* why;
-        Bytes sent;
-    };
     Bytes longer = good;
     longer.resize(good.size() + 8);
-    const Row rows[] = {
+    const std::pair<const char*, Bytes> rows[] = {
             {"is shorter than a header", Bytes(40, 0)},
             {"has another size or version than claimed", longer},
             {"has another size or version than claimed", edit(good, 4, 2)},
@@ -205,69 +139,56 @@ TEST_F(MetadataMergeTest, MalformedBlobGoesBackUnchangedInItsPlaceWithAnError) {
             {"has a malformed entry 0xd0000", edit(withCrop, 48 + 16 + 8, 4)},
             {"has a malformed entry 0xd0000", edit(withCrop, 48 + 16 + 12, TYPE_FLOAT)},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
-        // Given a malformed blob between two sound ones
-        auto queue = queueWith({good, row.sent, good});
-        hidl_vec<CaptureRequest> requests = queuedRequests({good, row.sent, good});
-
-        // When the batch is merged
-        apply(requests, queue);
-
-        // Then the malformed blob keeps its bytes, place and size, the others are merged
-        std::vector<Bytes> out = blobsFor(*queue, requests);
+    for (const auto& [why, sent] : rows) {
+        SCOPED_TRACE(why);
+        // Given a malformed blob between two sound ones, the others are merged and it keeps
+        // its bytes, place and size
+        hidl_vec<CaptureRequest> requests;
+        std::vector<Bytes> out = merge({good, sent, good}, requests);
         ASSERT_EQ(out.size(), 3u);
-        EXPECT_EQ(out[1], row.sent);
-        EXPECT_EQ(requests[1].fmqSettingsSize, row.sent.size());
-        EXPECT_EQ(items(out[0]), (Items{u8(kAwb, {1}), kCropItem}));
+        EXPECT_EQ(out[1], sent);
+        EXPECT_EQ(requests[1].fmqSettingsSize, sent.size());
+        EXPECT_EQ(items(out[0]), (Items{kAwb1, kCropItem}));
         EXPECT_EQ(out[2], out[0]);
-        const std::string expected = "request 2: settings blob of " +
-                                     std::to_string(row.sent.size()) + " bytes in the queue " +
-                                     row.why + "; passed on unchanged\n";
         EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
-                  (std::vector<LogLine>{cacheLine(kError, expected)}));
+                  Log{cacheLine(kError,
+                                "request 2: settings blob of " + std::to_string(sent.size()) +
+                                        " bytes in the queue " + why + "; passed on unchanged\n")});
     }
 }
 
 TEST_F(MetadataMergeTest, BatchBlobsEachGetBothTagsInRequestOrderAsFromOneAppendPerEntry) {
-    // Given both tags cached and two queued blobs, the second already holding one tag, and a
-    // lone request given the same entries by one appendAlwaysMetadata call each
-    cacheItems({kExposureItem, kCropItem});
-    const Bytes first = blob(1, 8, {u8(kAwb, {1})});
-    const Bytes second = blob(4, 32, {u8(kAwb, {2}), i32(kExposure, {0})});
-    auto queue = queueWith({first, second});
-    hidl_vec<CaptureRequest> requests = queuedRequests({first, second});
+    // Given both tags cached, two queued blobs, the second already holding one tag, and a lone
+    // request given the same entries by one appendAlwaysMetadata call each
+    cache({kExposureItem, kCropItem});
+    const Bytes first = blob(1, 8, {kAwb1});
+    hidl_vec<CaptureRequest> requests, lone = queuedRequests({first});
+    std::vector<Bytes> out =
+            merge({first, blob(4, 32, {u8(kAwb, {2}), i32(kExposure, {0})})}, requests);
     auto loneQueue = queueWith({first});
-    hidl_vec<CaptureRequest> lone = queuedRequests({first});
-
-    // When the batch is merged, and the lone request entry by entry
-    apply(requests, queue);
-    cache->appendAlwaysMetadata(loneQueue, lone[0], asEntry(kExposureItem));
-    cache->appendAlwaysMetadata(loneQueue, lone[0], asEntry(kCropItem));
+    cache()->appendAlwaysMetadata(loneQueue, lone[0], asEntry(kExposureItem));
+    cache()->appendAlwaysMetadata(loneQueue, lone[0], asEntry(kCropItem));
 
     // Then each blob carries both tags, in request order, and the lone one the same bytes
-    std::vector<Bytes> out = blobsFor(*queue, requests);
     ASSERT_EQ(out.size(), 2u);
-    EXPECT_EQ(items(out[0]), (Items{u8(kAwb, {1}), kExposureItem, kCropItem}));
+    EXPECT_EQ(items(out[0]), (Items{kAwb1, kExposureItem, kCropItem}));
     EXPECT_EQ(items(out[1]), (Items{u8(kAwb, {2}), kExposureItem, kCropItem}));
     EXPECT_EQ(blobsFor(*loneQueue, lone), std::vector<Bytes>{out[0]});
     EXPECT_EQ(LogCapture::linesWithTag(kCacheTag),
-              (std::vector<LogLine>{cacheLine(kInfo, "updating 0x10001 metadata \n")}));
+              Log{cacheLine(kInfo, "updating 0x10001 metadata \n")});
 }
 
 TEST_F(MetadataMergeTest, RequestsWithoutSettingsGetEveryCachedEntryOthersAreLeftAlone) {
     // Given entries of several types, one of a tag the library does not know, and no queue
-    float focal = 4.5f;
-    Item focalItem{ANDROID_LENS_FOCAL_LENGTH, TYPE_FLOAT, Bytes(4)};
-    memcpy(focalItem.bytes.data(), &focal, 4);
-    cacheItems({kExposureItem, u8(kAeMode, {1}), i32(0x300000, {9}), kCropItem, focalItem});
+    Item focal{ANDROID_LENS_FOCAL_LENGTH, TYPE_FLOAT, {0, 0, 0x90, 0x40}};
+    cache({kExposureItem, u8(kAeMode, {1}), i32(0x300000, {9}), kCropItem, focal});
     hidl_vec<CaptureRequest> requests(4);
     requests[1].fmqSettingsSize = 100;
     requests[3].settings = hidl_vec<uint8_t>{1, 2, 3};
     const uint8_t* own = requests[3].settings.data();
-
-    // When the batch is merged
-    apply(requests, nullptr);
+    LogCapture::clear();
+    cache()->applyMetaData("0", requests, nullptr);
+    EXPECT_TRUE(LogCapture::lines().empty());
 
     // Then each request without settings owns a new 1000-entry, 1000-byte block holding every
     // entry the library takes, in list order; the queued and the self-carried ones are as sent
@@ -275,70 +196,67 @@ TEST_F(MetadataMergeTest, RequestsWithoutSettingsGetEveryCachedEntryOthersAreLef
         const Bytes settings(requests[i].settings.begin(), requests[i].settings.end());
         EXPECT_EQ(settings.size(), calculate_camera_metadata_size(1000, 1000));
         EXPECT_TRUE(valid(settings));
-        EXPECT_EQ(items(settings), (Items{kExposureItem, u8(kAeMode, {1}), kCropItem, focalItem}));
+        EXPECT_EQ(items(settings), (Items{kExposureItem, u8(kAeMode, {1}), kCropItem, focal}));
     }
     EXPECT_NE(requests[0].settings.data(), requests[2].settings.data());
     EXPECT_EQ(requests[1].fmqSettingsSize, 100u);
     EXPECT_EQ(requests[1].settings.size(), 0u);
     EXPECT_EQ(requests[3].settings.data(), own);
-    EXPECT_TRUE(LogCapture::lines().empty());
 
-    // And once the list is emptied the block has no entries; once the camera is removed,
-    // nothing is given
-    cache->removeCamera("0");
-    cacheItems({kCropItem});
-    cache->removeMetaData("0", kCrop);
-    hidl_vec<CaptureRequest> emptied(1);
-    apply(emptied, nullptr);
+    // And once the list is emptied the block has no entries; once the camera is gone, nothing
+    cache()->removeCamera("0");
+    cache({kCropItem})->removeMetaData("0", kCrop);
+    hidl_vec<CaptureRequest> emptied(1), later(1);
+    cache()->applyMetaData("0", emptied, nullptr);
     EXPECT_TRUE(items(Bytes(emptied[0].settings.begin(), emptied[0].settings.end())).empty());
-    cache->removeCamera("0");
-    hidl_vec<CaptureRequest> later(1);
-    apply(later, nullptr);
+    cache()->removeCamera("0");
+    cache()->applyMetaData("0", later, nullptr);
     EXPECT_EQ(later[0].settings.size(), 0u);
 }
 
 TEST_F(MetadataMergeTest, NoListNoBatchOrAQueueNotHoldingTheBatchChangesNothing) {
-    cacheItems({kCropItem});
-    const Bytes settings = blob(2, 16, {u8(kAwb, {1})});
-    auto queue = queueWith({settings});
-    hidl_vec<CaptureRequest> requests = queuedRequests({settings, settings});
-    hidl_vec<CaptureRequest> none;
-
     // When a camera without a list, an empty batch, and a batch claiming two blobs where the
     // queue holds one, are merged with the next metadata allocation armed to fail
+    auto c = cache({kCropItem});
+    const Bytes settings = blob(2, 16, {kAwb1});
+    auto queue = queueWith({settings});
+    hidl_vec<CaptureRequest> requests = queuedRequests({settings, settings}), none;
     hostfault::arm(hostfault::kMetadataAllocate, 1);
     LogCapture::clear();
-    cache->applyMetaData("device@3.2/internal/4", requests, queue);
-    cache->applyMetaData("0", none, queue);
-    cache->applyMetaData("0", requests, queue);
+    c->applyMetaData("device@3.2/internal/4", requests, queue);
+    c->applyMetaData("0", none, queue);
+    c->applyMetaData("0", requests, queue);
 
-    // Then nothing changed, no block was asked for, no camera was made, and only the
-    // mismatch is logged
+    // Then nothing changed, no block was asked for, no camera made, only the mismatch logged
     EXPECT_EQ(allocate_camera_metadata(1, 1), nullptr);
     EXPECT_EQ(requests[1].fmqSettingsSize, settings.size());
     EXPECT_EQ(drain(*queue), settings);
     EXPECT_FALSE(Peer::hasCamera("4"));
+    const std::string n = std::to_string(settings.size()), n2 = std::to_string(2 * settings.size());
     EXPECT_EQ(LogCapture::lines(),
-              (std::vector<LogLine>{cacheLine(
-                      kError, format("camera [0] requests claim %zu settings bytes, the queue "
-                                     "holds %zu; settings in the queue left unchanged\n",
-                                     2 * settings.size(), settings.size()))}));
+              Log{cacheLine(kError, "camera [0] requests claim " + n2 +
+                                            " settings bytes, the queue "
+                                            "holds " +
+                                            n + "; settings in the queue left unchanged\n")});
 
     // And appendAlwaysMetadata merges any tag into the queued settings, but needs a queue and
-    // settings in it
+    // settings in it, no more than it holds
     CaptureRequest request{};
     request.fmqSettingsSize = settings.size();
-    queue = queueWith({settings});
-    cache->appendAlwaysMetadata(queue, request, asEntry(u8(kAeMode, {2})));
+    Bytes dirty = settings;
+    std::fill(dirty.end() - 16, dirty.end(), 0xAB);  // the unused data area, last in the blob
+    queue = queueWith({dirty});
+    c->appendAlwaysMetadata(queue, request, asEntry(i32(kMarker, {1, 2, 3})));
     const Bytes merged = drain(*queue);
-    EXPECT_EQ(items(merged), (Items{u8(kAwb, {1}), u8(kAeMode, {2})}));
+    EXPECT_EQ(items(merged), (Items{kAwb1, i32(kMarker, {1, 2, 3})}));
+    EXPECT_EQ(Bytes(merged.end() - 4, merged.end()), Bytes(4, 0));  // no stale alignment tail
     queue = queueWith({merged});
     LogCapture::clear();
-    cache->appendAlwaysMetadata(nullptr, request, asEntry(kCropItem));
-    request.fmqSettingsSize = 0;
-    cache->appendAlwaysMetadata(queue, request, asEntry(kCropItem));
-    request.fmqSettingsSize = uint64_t{1} << 62;  // more than the queue holds: nothing is read
-    cache->appendAlwaysMetadata(queue, request, asEntry(kCropItem));
+    c->appendAlwaysMetadata(nullptr, request, asEntry(kCropItem));
+    for (uint64_t size : {uint64_t{0}, uint64_t{1} << 62}) {
+        request.fmqSettingsSize = size;
+        c->appendAlwaysMetadata(queue, request, asEntry(kCropItem));
+    }
     EXPECT_EQ(drain(*queue), merged);
     EXPECT_TRUE(LogCapture::lines().empty());
 }
@@ -346,14 +264,12 @@ TEST_F(MetadataMergeTest, NoListNoBatchOrAQueueNotHoldingTheBatchChangesNothing)
 namespace {
 
 // One batch: three queued requests (one holding the crop in exact room, one with room to spare,
-// one with no room), one without settings and one with its own. The camera caches both
-// always-applied tags and an AE mode.
+// one with no room), one without settings and one with its own.
 class MergeBatch {
   public:
     MergeBatch() {
         mBlobs = {blob(2, 16, {i32(kMarker, {0}), i32(kCrop, {0, 0, 640, 360})}),
                   blob(8, 64, {i32(kMarker, {2})}), blob(1, 0, {i32(kMarker, {4})})};
-        mOwn = blob(1, 0, {i32(kMarker, {3})});
         mQueue = queueWith(mBlobs);
         mRequests.resize(5);
         for (size_t i : {0, 2, 4}) mRequests[i].fmqSettingsSize = mBlobs[i / 2].size();
@@ -362,7 +278,6 @@ class MergeBatch {
     }
 
     void apply() { CameraControlCache::Instance()->applyMetaData("0", mRequests, mQueue); }
-    void queueBehind(const Bytes& bytes) { mQueue->write(bytes.data(), bytes.size()); }
 
     // What the session finds for each request when it reads the settings as usual; "LOST",
     // "OUT OF ORDER", "BROKEN" or "EXTRA BYTES" when a blob did not survive.
@@ -379,30 +294,28 @@ class MergeBatch {
                 out.push_back(found.empty() ? "none" : std::to_string(items(found).size()));
                 continue;
             }
-            std::string where = "settings";
+            std::string where = "settings:";
             if (r.fmqSettingsSize != 0) {
                 found.resize(r.fmqSettingsSize);
                 if (!mQueue->read(found.data(), found.size())) return {"LOST"};
-                where = "queue";
+                where = "queue:";
             }
             if (!valid(found)) return {"BROKEN " + std::to_string(i)};
             const Items got = items(found);
             if (!(got[0] == i32(kMarker, {static_cast<int32_t>(i)}))) return {"OUT OF ORDER"};
             const bool crop = std::count(got.begin(), got.end(), kCropItem) != 0;
             const bool exposure = std::count(got.begin(), got.end(), kExposureItem) != 0;
-            out.push_back(where + ":" +
-                          (found == mBlobs[i / 2] ? "unchanged"
-                           : crop && exposure     ? "merged"
-                           : crop                 ? "crop only"
-                                                  : "exposure only"));
+            out.push_back(where + (found == mBlobs[i / 2] ? "unchanged"
+                                   : crop && exposure     ? "merged"
+                                   : crop                 ? "crop only"
+                                                          : "exposure only"));
         }
         if (mQueue->availableToRead() != 0) out.push_back("EXTRA BYTES");
         return out;
     }
 
-  private:
     std::vector<Bytes> mBlobs;
-    Bytes mOwn;
+    Bytes mOwn = blob(1, 0, {i32(kMarker, {3})});
     std::shared_ptr<RequestMetadataQueue> mQueue;
     hidl_vec<CaptureRequest> mRequests;
 };
@@ -411,27 +324,19 @@ class MergeBatch {
 
 TEST_F(MetadataMergeTest, EverySingleFaultKeepsEachQueuedBlobOnceWholeAndInOrder) {
     // Given the camera's entries, and the batch merged without a fault
-    cacheItems({kCropItem, kExposureItem, u8(kAeMode, {1})});
-    const std::string m = "queue:merged", n = "3";
+    cache({kCropItem, kExposureItem, u8(kAeMode, {1})});
+    const std::string m = "queue:merged", n = "3", u = "queue:unchanged";
     auto row = [](std::string r0, std::string r1, std::string r2, std::string r4) {
         return Strings{r0, r1, r2, "own", r4};
     };
     const Strings merged = row(m, n, m, m);
-    MergeBatch reference;
-    reference.apply();
-    ASSERT_EQ(reference.outcome(), merged);
 
     // What the requests end with when the k-th call at a point fails: the batch's blobs are
     // read at once, so a failed read leaves them all as sent; a failed write hands that
     // request its merged settings; a failed allocation (request 0's growth, request 1's new
     // settings, request 4's growth for the crop, then for the exposure) drops that entry
-    struct Sweep {
-        hostfault::Point point;
-        std::vector<Strings> expected;
-    };
-    const Sweep sweeps[] = {
-            {hostfault::kQueueRead,
-             {row("queue:unchanged", n, "queue:unchanged", "queue:unchanged")}},
+    const std::pair<hostfault::Point, std::vector<Strings>> sweeps[] = {
+            {hostfault::kQueueRead, {row(u, n, u, u)}},
             {hostfault::kQueueWrite,
              {row("settings:merged", n, m, m), row(m, n, "settings:merged", m),
               row(m, n, m, "settings:merged")}},
@@ -439,30 +344,29 @@ TEST_F(MetadataMergeTest, EverySingleFaultKeepsEachQueuedBlobOnceWholeAndInOrder
              {row("queue:crop only", n, m, m), row(m, "none", m, m),
               row(m, n, m, "queue:exposure only")}},
     };
-    for (const Sweep& s : sweeps) {
-        for (size_t k = 0; k <= s.expected.size(); ++k) {
-            SCOPED_TRACE("point " + std::to_string(s.point) + " failing after " +
-                         std::to_string(k) + " calls");
+    for (const auto& [point, expected] : sweeps) {
+        for (size_t k = 0; k <= expected.size(); ++k) {
+            SCOPED_TRACE("point " + std::to_string(point) + " failing after " + std::to_string(k) +
+                         " calls");
             MergeBatch batch;
-            hostfault::arm(s.point, 1, static_cast<int>(k));
+            hostfault::arm(point, 1, static_cast<int>(k));
             LogCapture::clear();
             batch.apply();
             hostfault::disarmAll();
 
             // Then one past the last fault point everything is merged; only a failed write
             // is logged as an error
-            const bool failed = k < s.expected.size();
-            EXPECT_EQ(batch.outcome(), failed ? s.expected[k] : merged);
-            std::vector<LogLine> errors;
+            const bool failed = k < expected.size();
+            EXPECT_EQ(batch.outcome(), failed ? expected[k] : merged);
+            Log errors, expectedErrors;
             for (const LogLine& l : LogCapture::linesWithTag(kCacheTag)) {
                 if (l.priority == kError) errors.push_back(l);
             }
-            std::vector<LogLine> expectedErrors;
-            if (failed && s.point == hostfault::kQueueWrite) {
+            if (failed && point == hostfault::kQueueWrite) {
                 expectedErrors.push_back(cacheLine(
-                        kError, format("request %zu: settings could not be written back to the "
-                                       "queue; moved to the request\n",
-                                       2 * k)));
+                        kError, "request " + std::to_string(2 * k) +
+                                        ": settings could not be written back to the queue; "
+                                        "moved to the request\n"));
             }
             EXPECT_EQ(errors, expectedErrors);
         }
@@ -471,38 +375,10 @@ TEST_F(MetadataMergeTest, EverySingleFaultKeepsEachQueuedBlobOnceWholeAndInOrder
     // Bytes behind the batch's blobs leave the queue alone: going round the queue would put
     // the merged blobs behind them
     MergeBatch crowded;
-    crowded.queueBehind(blob(1, 0, {i32(kMarker, {9})}));
+    const Bytes behind = blob(1, 0, {i32(kMarker, {9})});
+    crowded.mQueue->write(behind.data(), behind.size());
     crowded.apply();
-    Strings untouched = row("queue:unchanged", n, "queue:unchanged", "queue:unchanged");
+    Strings untouched = row(u, n, u, u);
     untouched.push_back("EXTRA BYTES");
     EXPECT_EQ(crowded.outcome(), untouched);
-}
-
-TEST_F(MetadataMergeTest, ConcurrencyOfWritersAndMergesKeepsEveryMergedCropWhole) {
-    // Given a thread rewriting the cached crop region while another merges batches
-    cache->setCameraMetaarray("0", kCrop, hidl_vec<int32_t>{0, 0, 0, 0});
-    std::atomic<bool> done{false};
-    std::thread writer([this, &done] {
-        for (int32_t i = 1; !done; ++i) cache->setCameraMetaarray("0", kCrop, {i, i, i, i});
-    });
-
-    // When batches of two queued requests are merged meanwhile
-    const Bytes settings = blob(4, 32, {u8(kAwb, {1})});
-    for (int round = 0; round < 200; ++round) {
-        auto queue = queueWith({settings, settings});
-        hidl_vec<CaptureRequest> requests = queuedRequests({settings, settings});
-        cache->applyMetaData("0", requests, queue);
-
-        // Then every blob holds one whole crop region, the same in both
-        std::vector<Bytes> out = blobsFor(*queue, requests);
-        ASSERT_EQ(out.size(), 2u);
-        Items got = items(out[0]);
-        ASSERT_EQ(got.size(), 2u);
-        int32_t v[4];
-        memcpy(v, got[1].bytes.data(), sizeof(v));
-        EXPECT_TRUE(v[0] == v[1] && v[1] == v[2] && v[2] == v[3]);
-        EXPECT_EQ(items(out[1]), got);
-    }
-    done = true;
-    writer.join();
 }

@@ -1,12 +1,11 @@
 """The web panel in headless Chromium: keys and buttons move the crop, the drawing and the event
 log agree with the API, a preset goes round, tracking refuses moves; saves a screenshot.
 Usage: browser_test.py ZORVCTL SCREENSHOT.png"""
-import sys
-import tempfile
+import sys, tempfile
 
 from selenium import webdriver
-from selenium.webdriver.chrome.service import Service as Driver
 from selenium.common.exceptions import TimeoutException
+from selenium.webdriver.chrome.service import Service as Driver
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.select import Select
@@ -20,99 +19,90 @@ SCALE = 4.25
 def browser(profile):
     options = webdriver.ChromeOptions()
     options.binary_location = "/usr/bin/chromium"
-    for flag in ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-                 "--disable-background-networking", "--disable-component-update", "--disable-sync",
-                 "--user-data-dir=" + profile, "--window-size=1400,1000"]:
-        options.add_argument(flag)
+    for flag in ("headless no-sandbox disable-gpu disable-quic no-first-run disable-sync "
+                 "disable-background-networking disable-component-update window-size=1400,1000").split():
+        options.add_argument("--" + flag)
+    options.add_argument("--user-data-dir=" + profile)
     return webdriver.Chrome(service=Driver("/usr/bin/chromedriver"), options=options)
 
 
 def check(page, service):
-    wait = WebDriverWait(page, 10)
     find = lambda css: page.find_element(By.CSS_SELECTOR, css)
     log = lambda: find("#log").text
     crop = lambda: service.call("getCurrentCameraCropArea")[1]["result"]["crops"][0]
-    drawn = lambda css: [round(float(find(css).get_attribute(a)) / SCALE)
-                         for a in ("x", "y", "width", "height")]
+    drawn = lambda css: [round(float(find(css).get_attribute(a)) / SCALE) for a in ("x", "y", "width", "height")]
 
-    def until(condition, why):
+    def until(condition, why=lambda: "timed out"):
         try:
-            wait.until(lambda _: condition())
+            WebDriverWait(page, 10).until(lambda _: condition())
         except TimeoutException:
             raise AssertionError(why())
 
-    def drawn_is(css, c):
-        until(lambda: drawn(css) == [c[0], c[1], c[2] - c[0], c[3] - c[1]],
-              lambda: "%s drawn as %s, not %s" % (css, drawn(css), c))
+    def drawn_is(c, *boxes):
+        for css in boxes:
+            until(lambda: drawn(css) == [c[0], c[1], c[2] - c[0], c[3] - c[1]],
+                  lambda: "%s drawn as %s, not %s" % (css, drawn(css), c))
 
-    def announced(c):
+    def shows(c, *boxes):  # the last crop announced in the event log, and drawn
         last = lambda: [l for l in log().split("\n") if "onCameraCropApplied" in l][-1:]
         until(lambda: last() == ["cb panel onCameraCropApplied crops=[{%d,%d,%d,%d}] frame=1280x720 "
                                  "transition=0 duration=0 extra=0" % tuple(c)],
               lambda: "the last crop in the event log is %s, not %s" % (last(), c))
+        drawn_is(c, *boxes)
 
-    def answered(text):
-        until(lambda: find("#answer").text == text, lambda: "answer %r, not %r" % (find("#answer").text, text))
+    def enter(css, text):
+        find(css).clear()
+        find(css).send_keys(text)
 
-    wait.until(lambda _: find("#link").text == "live" and "> setListener panel" in log())
+    until(lambda: find("#link").text == "live" and "> setListener panel" in log())
     # Keys and buttons: zoom in 100 with +, pan left 100 with the arrow, tilt up 30 by button.
-    step = find("#step")
-    step.clear()
-    step.send_keys("100")
-    body = find("body")
+    enter("#step", "100")
     for key, expected in [("+", [100, 56, 1180, 664]), (Keys.ARROW_LEFT, [0, 56, 1080, 664])]:
-        body.send_keys(key)
-        announced(expected)
+        find("body").send_keys(key)
+        shows(expected, "#inforce", "#announced")
         assert crop() == expected, (crop(), expected)
-        drawn_is("#inforce", expected)
-        drawn_is("#announced", expected)
-    step.clear()
-    step.send_keys("30")
+    enter("#step", "30")
     find("[data-move=TILT_UP]").click()
-    announced([0, 26, 1080, 634])
-    drawn_is("#inforce", crop())
+    shows([0, 26, 1080, 634])
+    saved = crop()
+    drawn_is(saved, "#inforce")
 
     # A preset round trip: save 5, zoom out, recall 5.
-    saved = crop()
-    preset = find("#preset")
-    preset.clear()
-    preset.send_keys("5")
+    enter("#preset", "5")
     find("#save").click()
-    wait.until(lambda _: service.state()["presets"].get("5") == saved)
-    drawn_is("rect[data-preset='5']", saved)
+    until(lambda: service.state()["presets"].get("5") == saved)
+    drawn_is(saved, "rect[data-preset='5']")
     find("[data-move=ZOOM_OUT]").click()
-    wait.until(lambda _: crop() != saved)
+    until(lambda: crop() != saved)
     find("#recall").click()
-    answered("gotoPreset => true")
+    until(lambda: find("#answer").text == "gotoPreset => true", lambda: find("#answer").text)
     assert crop() == saved
-    announced(saved)
-    drawn_is("#inforce", saved)
+    shows(saved, "#inforce")
 
     # Tracking on: a key press is refused; nothing is announced (the crop in force is now the
     # scene's, none yet).
     Select(find("#mode")).select_by_value("2")
-    until(lambda: service.state()["trackingMode"] == 2, lambda: "mode not 2")
-    until(lambda: 'cb panel cameraDeviceTrackingChange camera="0" mode=2' in log(), lambda: log())
-    body.send_keys(Keys.ARROW_RIGHT)
-    answered("moveCamera => false")
+    until(lambda: service.state()["trackingMode"] == 2)
+    until(lambda: 'cb panel cameraDeviceTrackingChange camera="0" mode=2' in log(), log)
+    find("body").send_keys(Keys.ARROW_RIGHT)
+    until(lambda: find("#answer").text == "moveCamera => false", lambda: find("#answer").text)
     events = lambda: [l for l in log().split("\n") if not l.startswith("log ")][-2:]
     until(lambda: events() == ["> moveCamera 0 PAN_RIGHT 30", "=> false"], events)
-    announced(saved)
-    drawn_is("#announced", saved)
+    shows(saved, "#announced")
     Select(find("#mode")).select_by_value("0")
-    wait.until(lambda _: service.state()["trackingMode"] == 0)
+    until(lambda: service.state()["trackingMode"] == 0)
 
     # The metadata cache, and a request merged through the queue.
     service.call("setMetaData", {"camera": "0", "tag": "0x10001", "value": 2})
     find("#request").click()
-    until(lambda: "android.control.aeExposureCompensation int32 [2]" in find("#requestOut").text,
-          lambda: find("#requestOut").text)
+    until(lambda: "aeExposureCompensation int32 [2]" in find("#requestOut").text, lambda: find("#requestOut").text)
     until(lambda: "aeExposureCompensation" in find("#cache").text, lambda: find("#cache").text)
     # For the picture: zoomed in from the preset, library log lines hidden.
     find("#recall").click()
     find("[data-move=ZOOM_IN]").click()
-    announced([30, 43, 1050, 617])
+    shows([30, 43, 1050, 617])
     find("#showLog").click()
+
 
 if __name__ == "__main__":
     service = Service(sys.argv[1])

@@ -1,26 +1,13 @@
-# In a script, or in commands given as arguments, the first error stops zorvctl with status 1
-# and a message naming the line and giving the command's usage.
-echo "--- unknown command on line 3 of a script"
-"$ZORVCTL" -f errors.zc
-echo "exit $?"
-echo "--- bad number"
-"$ZORVCTL" -c "setListener L1" -c "moveCamera 0 ZOOM_IN ten" -c "getCurrentCameraCropArea"
-echo "exit $?"
-echo "--- bad direction"
-"$ZORVCTL" moveCamera 0 ZOOM_SIDEWAYS 10
-echo "exit $?"
-echo "--- missing argument"
-"$ZORVCTL" savePreset 0
-echo "exit $?"
-echo "--- too many arguments"
-"$ZORVCTL" getTrackingMode 0 1
-echo "exit $?"
-echo "--- unterminated quote"
-"$ZORVCTL" -c 'setSceneJson "{'
-echo "exit $?"
-echo "--- library that cannot be loaded"
-"$ZORVCTL" --lib /nonexistent/provider.so getTrackingMode 0
-echo "exit $?"
-echo "--- library without the factory"
+# In a script, -f - or -c, the first error stops zorvctl with status 1, naming the line and giving
+# the usage; on standard input every error is reported, the next line still runs, the status is 1.
+"$ZORVCTL" -f errors.zc; echo "exit $?"
+printf 'zoom 0 in\ngetTrackingMode 0\n' | "$ZORVCTL" -f -; echo "exit $?"
+"$ZORVCTL" -c "moveCamera 0 ZOOM_IN ten" -c "getTrackingMode 0"; echo "exit $?"
+"$ZORVCTL" moveCamera 0 ZOOM_SIDEWAYS 10; echo "exit $?"
+"$ZORVCTL" getTrackingMode 0 1; echo "exit $?"
+"$ZORVCTL" -c 'setSceneJson "{'; echo "exit $?"
+printf 'zoom 0 in\nsavePreset 0\ngetTrackingMode 0\n' | "$ZORVCTL"; echo "exit $?"
+printf 'quit\ngetTrackingMode 0\n' | "$ZORVCTL"  # nothing runs after quit
+"$ZORVCTL" --lib /nonexistent/provider.so getTrackingMode 0; echo "exit $?"
 "$ZORVCTL" --lib "$LIB_WITHOUT_FACTORY" getTrackingMode 0 2>&1 | sed "s|$LIB_WITHOUT_FACTORY|LIB|"
 echo "exit ${PIPESTATUS[0]}"

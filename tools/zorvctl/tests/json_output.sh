@@ -1,7 +1,6 @@
-# Every output line is one event. Text output quotes a listener name with a blank; --json prints
-# each event as one JSON object with the values of its line taken apart.
-"$ZORVCTL" -c 'setListener "my viewer"' -c "moveCamera 0 ZOOM_IN 100" | grep -v '^|'
-echo "--- --json"
+# Text output quotes a listener name with a blank; --json prints each event as one JSON object
+# with the values of its line taken apart.
+"$ZORVCTL" -c 'setListener "my viewer"' -c "moveCamera 0 ZOOM_IN 100" | grep CropApplied
 "$ZORVCTL" --json -c 'setListener "my viewer"' -c "moveCamera 0 ZOOM_IN 100" \
   -c "setVirtualCameraInfo text1=\"a b\",entries=1:2:3,block=00ff,value1=7" \
   -c 'setVirtualCameraList 0 "a\"b" "c\nd"' -c "getVirtualCameraList 0" \

@@ -1,11 +1,5 @@
 """Runs `zorvctl serve` on a free port for a test, and calls its JSON API."""
-import json
-import re
-import signal
-import subprocess
-import threading
-import urllib.error
-import urllib.request
+import json, re, signal, subprocess, threading, urllib.error, urllib.request
 
 
 class Service:
@@ -22,12 +16,11 @@ class Service:
         threading.Thread(target=self.proc.stdout.read, daemon=True).start()
 
     def call(self, method, body=None):
-        """POSTs to /api/METHOD (a dict is sent as JSON); returns (status, answer)."""
+        """POSTs to /api/METHOD, or to /PATH, a dict as JSON; returns (status, answer)."""
         data = body if isinstance(body, (str, bytes)) else json.dumps(body or {})
-        request = urllib.request.Request(self.url + "/api/" + method,
-                                         data if isinstance(data, bytes) else data.encode())
         try:
-            with urllib.request.urlopen(request, timeout=10) as res:
+            with urllib.request.urlopen(self.url + ("" if method[0] == "/" else "/api/") + method,
+                                        data if isinstance(data, bytes) else data.encode(), 10) as res:
                 return res.status, json.load(res)
         except urllib.error.HTTPError as e:
             return e.code, json.load(e)
