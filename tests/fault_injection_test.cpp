@@ -8,24 +8,31 @@ using namespace testing_support;
 
 namespace {
 
-Strings preset(const std::string& n) {
-    const std::string p = "persist.camera.preset." + n;
-    return {prop(p + ".l"), prop(p + ".t"), prop(p + ".r"), prop(p + ".b")};
-}
-
 class FaultInjectionTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        provider->setListener(listener);
-        LogCapture::clear();
-    }
+    void SetUp() override { provider->setListener(listener); }
     void TearDown() override { hostfault::disarmAll(); }
-    // Tracking mode, talker-tracking, maximum and enable properties, availability of "0".
+    // Arms `count` failed property writes after `skip`, then forgets what came before.
+    void fail(int count = 1, int skip = 0) {
+        hostfault::arm(hostfault::kPropertySet, count, skip);
+        LogCapture::clear();
+        clearAllListenerEvents();
+    }
+    // Tracking mode, talker-tracking, maximum and enable properties, availability of "0", then
+    // every listener's events and the error lines since the last `fail`.
     std::string state() {
-        return std::to_string(int(TrackingMode(provider->getTrackingMode("0")))) + " " +
-               prop("vendor.talkertracking.flag") + " " + prop("persist.tessaview.vc.max") + " " +
-               prop("vendor.tessaview.vc.enable") + " " +
-               std::to_string(bool(provider->getVirtualCameraAvailability("0")));
+        std::string s = std::to_string(int(TrackingMode(provider->getTrackingMode("0")))) + " " +
+                        prop("vendor.talkertracking.flag") + " " +
+                        prop("persist.tessaview.vc.max") + " " +
+                        prop("vendor.tessaview.vc.enable") + " " +
+                        std::to_string(bool(provider->getVirtualCameraAvailability("0")));
+        for (const std::string& e : allListenerEvents()) s += " | " + e;
+        for (const LogLine& l : providerLines(kError)) s += " | E " + l.text;
+        return s;
+    }
+    std::string preset(const std::string& n) {
+        const std::string p = "persist.camera.preset." + n;
+        return prop(p + ".l") + " " + prop(p + ".t") + " " + prop(p + ".r") + " " + prop(p + ".b");
     }
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     sp<RecordingListener> listener = new RecordingListener("listener");
@@ -37,38 +44,30 @@ TEST_F(FaultInjectionTest, FailedPropertyWritesLeaveThePropertyBehindTablesAndNo
     // A failed talker-tracking write is logged as made; asking for the same mode again does
     // not repair it, only the next change does
     provider->setTrackingMode("0", TrackingMode::OFF);
-    hostfault::arm(hostfault::kPropertySet);
-    LogCapture::clear();
-    listener->clear();
+    fail();
     provider->setTrackingMode("0", TrackingMode::MODE_2);
     EXPECT_TRUE(LogCapture::contains(
             providerLine(kInfo, "setTrackingModeProperty: setting talker tracking to 2")));
     provider->setTrackingMode("0", TrackingMode::MODE_2);
-    EXPECT_EQ(state(), "2 0   0");
-    EXPECT_EQ(listener->events(), Strings{"cameraDeviceTrackingChange 0 2"});
+    EXPECT_EQ(state(), "2 0   0 | listener: cameraDeviceTrackingChange 0 2");
     provider->setTrackingMode("0", TrackingMode::MODE_1);
-    EXPECT_EQ(state(), "1 1   0");
-
+    EXPECT_EQ(prop("vendor.talkertracking.flag"), "1");
     // A failed maximum write: the table and the listeners have it, the property the old text
     provider->setMaxVirtualCameras("0", 2);
-    hostfault::arm(hostfault::kPropertySet);
-    listener->clear();
+    fail();
     provider->setMaxVirtualCameras("0", 4);
     EXPECT_EQ(provider->getMaxVirtualCameras("0"), 4u);
-    EXPECT_EQ(listener->events(), Strings{"onMaxVirtualCamerasChange 0 4"});
-
+    EXPECT_EQ(state(), "1 1 2  0 | listener: onMaxVirtualCamerasChange 0 4");
     // With the multistream flag, a failed enable write (after the tracking one): the switch,
     // mode 5 and both notifications happen; switching off then finds it never enabled
     setProp("persist.vendor.multistream.enable", "1");
-    hostfault::arm(hostfault::kPropertySet, 1, /*skip=*/1);
-    listener->clear();
+    fail(1, /*skip=*/1);
     provider->setVirtualCameraAvailability("0", true);
-    EXPECT_EQ(state(), "5 5 2  1");
-    EXPECT_EQ(listener->events(),
-              (Strings{"cameraDeviceTrackingChange 0 5", "onVirtualCameraAvailablityChange 0 1"}));
+    EXPECT_EQ(state(),
+              "5 5 2  1 | listener: cameraDeviceTrackingChange 0 5 | listener: "
+              "onVirtualCameraAvailablityChange 0 1");
     provider->setVirtualCameraAvailability("0", false);
-    EXPECT_EQ(state(), "5 5 2 0 0");
-    EXPECT_TRUE(providerLines(kError).empty());
+    EXPECT_EQ(state().substr(0, 9), "5 5 2 0 0");
 }
 
 TEST_F(FaultInjectionTest, FailedPresetWritesLeaveAPartOrAMixOfTwoPresets) {
@@ -78,8 +77,7 @@ TEST_F(FaultInjectionTest, FailedPresetWritesLeaveAPartOrAMixOfTwoPresets) {
     ASSERT_EQ(ptz().crops[0], zoomed);
     // Saving preset 1 again fails at its right and bottom edges, preset 2 at its left; both
     // are logged as complete
-    hostfault::arm(hostfault::kPropertySet, 2, /*skip=*/2);
-    LogCapture::clear();
+    fail(2, /*skip=*/2);
     provider->savePreset("0", 1);
     hostfault::arm(hostfault::kPropertySet, 1);
     provider->savePreset("0", 2);
@@ -88,13 +86,12 @@ TEST_F(FaultInjectionTest, FailedPresetWritesLeaveAPartOrAMixOfTwoPresets) {
                      providerLine(kDebug, "SavePreset : 1, position  100, 1180, 56, 664   \n"),
                      providerLine(kDebug, "SavePreset 2 "),
                      providerLine(kDebug, "SavePreset : 2, position  100, 1180, 56, 664   \n")}));
-    EXPECT_EQ(preset("1"), (Strings{"100", "56", "1280", "720"}));
-    EXPECT_EQ(preset("2"), (Strings{"", "56", "1180", "664"}));
+    EXPECT_EQ(preset("1") + "," + preset("2"), "100 56 1280 720, 56 1180 664");
     // So preset 2 is refused and changes nothing; preset 1 recalls a rectangle never saved
-    listener->clear();
+    clearAllListenerEvents();
     EXPECT_FALSE(provider->gotoPreset("0", 2));
     EXPECT_EQ(ptz().crops[0], zoomed);
-    EXPECT_TRUE(listener->events().empty());
+    EXPECT_TRUE(allListenerEvents().empty());
     EXPECT_TRUE(provider->gotoPreset("0", 1));
     EXPECT_EQ(ptz().crops[0], (Crop{100, 56, 1280, 720}));
 }
@@ -106,18 +103,15 @@ TEST_F(FaultInjectionTest, ListenerDyingMidOperationMissesTheRestOfIt) {
     sp<RecordingListener> dying = new RecordingListener("dying");
     for (const auto& l : {dying, dying, last}) provider->setListener(l);
     dying->failWith(::android::DEAD_OBJECT);
-    clearAllListenerEvents();
+    fail(0);
     ASSERT_TRUE(provider->moveCamera("0", CameraMoveDirection::ZOOM_IN, 100));
     const std::string crop =
-            "onCameraCropApplied crops=[{100,56,1180,664}] frame=1280x720 "
-            "transition=0 duration=0 extra=0";
-    const std::string text = "onCameraSceneJsonApplied 288 bytes";
-    EXPECT_EQ(allListenerEvents(),
-              (Strings{"listener: " + crop, "dying: " + crop, "dying: " + crop, "last: " + crop,
-                       "listener: " + text, "last: " + text}));
-    const LogLine deadCrop =
-            providerLine(kError, "Error from onCameraCropApplied callback: " + kDead);
-    EXPECT_EQ(providerLines(kError), (Lines{deadCrop, deadCrop}));
+            ": onCameraCropApplied crops=[{100,56,1180,664}] frame=1280x720 transition=0 "
+            "duration=0 extra=0 | ";
+    const std::string deadCrop = " | E Error from onCameraCropApplied callback: " + kDead;
+    EXPECT_EQ(state(), "0 0   0 | listener" + crop + "dying" + crop + "dying" + crop + "last" +
+                               crop + "listener: onCameraSceneJsonApplied 288 bytes | last: " +
+                               "onCameraSceneJsonApplied 288 bytes" + deadCrop + deadCrop);
     EXPECT_EQ(Peer::listenerCount(*provider), 2u);
 
     // With the multistream flag, one listener dies at the tracking change the availability
@@ -129,19 +123,15 @@ TEST_F(FaultInjectionTest, ListenerDyingMidOperationMissesTheRestOfIt) {
     provider->setListener(dyingLater);
     flaky->failWith(::android::FAILED_TRANSACTION);
     dyingLater->failWith(::android::DEAD_OBJECT);
-    clearAllListenerEvents();
-    LogCapture::clear();
+    fail(0);
     provider->setVirtualCameraAvailability("0", true);
-    const std::string track = "cameraDeviceTrackingChange 0 5";
-    const std::string on = "onVirtualCameraAvailablityChange 0 1";
-    EXPECT_EQ(allListenerEvents(),
-              (Strings{"listener: " + track, "last: " + track, "flaky: " + track,
-                       "dyingLater: " + track, "listener: " + on, "last: " + on, "flaky: " + on}));
-    const std::string error = "Error from cameraDeviceTrackingChange callback: ";
-    EXPECT_EQ(providerLines(kError),
-              (Lines{providerLine(kError, error + kFailed), providerLine(kError, error + kDead),
-                     providerLine(kError, "Error from onVirtualCameraAvailablityChange callback: " +
-                                                  kFailed)}));
+    const std::string track = ": cameraDeviceTrackingChange 0 5 | ";
+    const std::string on = ": onVirtualCameraAvailablityChange 0 1";
+    const std::string error = " | E Error from cameraDeviceTrackingChange callback: ";
+    EXPECT_EQ(state(),
+              "5 5  1 1 | listener" + track + "last" + track + "flaky" + track + "dyingLater" +
+                      track + "listener" + on + " | last" + on + " | flaky" + on + error + kFailed +
+                      error + kDead +
+                      " | E Error from onVirtualCameraAvailablityChange callback: " + kFailed);
     EXPECT_EQ(Peer::listenerCount(*provider), 3u);
-    EXPECT_EQ(state(), "5 5  1 1");
 }

@@ -1,6 +1,4 @@
 // Scene description text: exact bytes, full-frame conversion, truncation, wrapping, the bound.
-#include <limits.h>
-
 #include <android-base/stringprintf.h>
 
 #include "support/ProviderTest.h"
@@ -27,69 +25,48 @@ std::string text(int x, int y, int w, int h, const std::string& tail) {
                         x, y, w, h, tail.c_str());
 }
 
-std::string sceneTail(int transition, int duration) {
-    return "      \"transition\":\"" + std::to_string(transition) + "\",\n      \"duration\":\"" +
-           std::to_string(duration) + "\"\n";
-}
-
 }  // namespace
 
 TEST(SceneJsonTest, SceneRowsScaleTo5440By3060TruncatingTowardZero) {
-    struct Row {
-        SceneControl scene;
-        std::string expected;
-    };
-    const Row rows[] = {
-            {{{Crop{0, 0, 1280, 720}}, 1280, 720, 0, 0, 0},
-             text(0, 0, 5440, 3060, sceneTail(0, 0))},
+    // The scene, then the source numbers, transition and duration of its text
+    const std::pair<SceneControl, std::array<int, 6>> rows[] = {
+            {{{Crop{0, 0, 1280, 720}}, 1280, 720, 0, 0, 0}, {0, 0, 5440, 3060, 0, 0}},
             // Only the first crop counts; the frame fields never change the factors
             {{{Crop{100, 50, 740, 410}, Crop{0, 0, 1, 1}}, 640, 360, -3, 700, 0},
-             text(425, 212, 2720, 1530, sceneTail(-3, 700))},
-            {{{Crop{100, 56, 1180, 664}}, 1280, 720, 0, 0, 0},
-             text(425, 238, 4590, 2584, sceneTail(0, 0))},
-            {{{Crop{540, 310, 1180, 670}}, 1280, 720, 0, 0, 0},
-             text(2295, 1317, 2720, 1530, sceneTail(0, 0))},
+             {425, 212, 2720, 1530, -3, 700}},
             // Negative values truncate toward zero, not down
-            {{{Crop{-10, -10, 5, 5}}, 1280, 720, 0, 0, 0}, text(-42, -42, 63, 63, sceneTail(0, 0))},
+            {{{Crop{-10, -10, 5, 5}}, 1280, 720, 0, 0, 0}, {-42, -42, 63, 63, 0, 0}},
+            // No crops clears the text
+            {{{}, 1280, 720, 0, 0, 0}, {}},
             // Extreme edges wrap in 32 bits instead of overflowing
             {{{Crop{INT_MAX, INT_MIN, INT_MIN, INT_MAX}}, 0, 0, INT_MIN, INT_MAX, 0},
-             text(-4, 0, 4, -4, sceneTail(INT_MIN, INT_MAX))},
-            // No crops clears the text, silently
-            {{{}, 1280, 720, 0, 0, 0}, ""},
+             {-4, 0, 4, -4, INT_MIN, INT_MAX}},
     };
-    LogCapture::clear();
-    for (const Row& row : rows) {
+    for (const auto& [scene, n] : rows) {
         hidl_string json = "previous";
-        ZorvCameraProvider::buildSceneJson(row.scene, json);
-        EXPECT_EQ(std::string(json), row.expected);
+        ZorvCameraProvider::buildSceneJson(scene, json);
+        const std::string tail = StringPrintf(
+                "      \"transition\":\"%d\",\n      \"duration\":\"%d\"\n", n[4], n[5]);
+        EXPECT_EQ(std::string(json), scene.crops.size() ? text(n[0], n[1], n[2], n[3], tail) : "");
     }
+    // silently
     EXPECT_TRUE(providerLines().empty());
 }
 
 TEST(SceneJsonTest, TrackTextCarriesActionAndVelocitiesOrKeepsTheOutputWhenTooLong) {
-    TrackControl track{};
-    track.left = 100;
-    track.top = 50;
-    track.right = 740;
-    track.bottom = 410;
-    track.xVelocity = 0.5;
-    track.yVelocity = -1;
-    track.wVelocity = 0;
-    track.action = 4;
+    TrackControl track{100, 50, 740, 410, {}, 0.5, -1, 0, 4};
     hidl_string json;
     ZorvCameraProvider::buildTrackJson(track, json);
-    EXPECT_EQ(std::string(json),
-              text(425, 212, 2720, 1530,
-                   "      \"action\":\"4\",\n      \"xVelocity\":\"0.500000\",\n      "
-                   "\"yVelocity\":\"-1.000000\",\n      \"wVelocity\":\"0.000000\"\n"));
-
+    const std::string before = text(425, 212, 2720, 1530,
+                                    "      \"action\":\"4\",\n      \"xVelocity\":\"0.500000\",\n "
+                                    "     \"yVelocity\":\"-1.000000\",\n      "
+                                    "\"wVelocity\":\"0.000000\"\n");
+    EXPECT_EQ(std::string(json), before);
     // Velocities that print with over 300 digits each: the needed length is logged and the
     // output keeps the earlier text
-    const std::string before = json;
     track.xVelocity = track.yVelocity = track.wVelocity = 1e300;
-    LogCapture::clear();
     ZorvCameraProvider::buildTrackJson(track, json);
     EXPECT_EQ(std::string(json), before);
     EXPECT_EQ(providerLines(),
-              (std::vector<LogLine>{providerLine(kError, "Failed to build scene JSON: res 1252")}));
+              (Lines{providerLine(kError, "Failed to build scene JSON: res 1252")}));
 }

@@ -4,15 +4,18 @@
 
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "FramingEngine.h"
+#include "FDSession.h"
 
 namespace testing_support {
 
+// Attached to the session (created if needed) while it lives.
 class RecordingEngine
     : public ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FramingEngine {
   public:
+    using FDSession = ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
     using SceneControl = ::vendor::zorv::zorvprovider::zorvprovider::V2_4::SceneControl;
     using TrackControl = ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl;
 
@@ -24,29 +27,43 @@ class RecordingEngine
         bool sessionLockHeld;   // FDSession::mLock held by the calling thread
     };
 
-    // Attaches itself to the session (creating it if needed) and detaches on destruction.
-    RecordingEngine();
-    ~RecordingEngine();
-
-    std::vector<Call> calls() const;
+    RecordingEngine() { FDSession::getInstance()->attachEngine(this); }
+    ~RecordingEngine() { FDSession::getInstance()->attachEngine(nullptr); }
+    std::vector<Call> calls() const {
+        std::lock_guard<std::mutex> lock(mLock);
+        return mCalls;
+    }
     // Operation names only, in order.
-    std::vector<std::string> operations() const;
-    void clear();
-
-    void onSceneControl(const SceneControl& scene) override;
-    void onPTZControl(const SceneControl& scene) override;
-    void onTrackControl(const TrackControl& track) override;
-    void onTrackingModeChanged(int32_t mode) override;
+    std::vector<std::string> operations() const {
+        std::vector<std::string> names;
+        for (const Call& c : calls()) names.push_back(c.operation);
+        return names;
+    }
+    void clear() {
+        std::lock_guard<std::mutex> lock(mLock);
+        mCalls.clear();
+    }
+    void onSceneControl(const SceneControl& s) override { record({"onSceneControl", s, {}, 0, 0}); }
+    void onPTZControl(const SceneControl& s) override { record({"onPTZControl", s, {}, 0, 0}); }
+    void onTrackControl(const TrackControl& t) override { record({"onTrackControl", {}, t, 0, 0}); }
+    void onTrackingModeChanged(int32_t m) override {
+        record({"onTrackingModeChanged", {}, {}, m, 0});
+    }
 
   private:
-    void record(Call call);
+    // Whether the caller holds the session lock, probed from another thread.
+    void record(Call call) {
+        std::thread([&call] {
+            call.sessionLockHeld = !FDSession::mLock.try_lock();
+            if (!call.sessionLockHeld) FDSession::mLock.unlock();
+        }).join();
+        std::lock_guard<std::mutex> lock(mLock);
+        mCalls.push_back(std::move(call));
+    }
 
     mutable std::mutex mLock;  // guards mCalls
     std::vector<Call> mCalls;
 };
-
-// True when the calling thread holds FDSession::mLock (probed from another thread).
-bool sessionLockHeldByAnyone();
 
 }  // namespace testing_support
 

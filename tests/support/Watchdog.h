@@ -6,8 +6,7 @@
 #include <stdlib.h>
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
+#include <future>
 #include <string>
 #include <thread>
 
@@ -18,29 +17,20 @@ namespace testing_support {
 class Watchdog {
   public:
     Watchdog(std::chrono::seconds bound, std::string what)
-        : mThread([this, bound, what = std::move(what)] {
-              std::unique_lock<std::mutex> lock(mLock);
-              if (mCond.wait_for(lock, bound, [this] { return mDone; })) return;
+        : mThread([done = mDone.get_future(), bound, what = std::move(what)] {
+              if (done.wait_for(bound) == std::future_status::ready) return;
               fprintf(stderr, "watchdog: %s still running after %lld s: deadlock?\n", what.c_str(),
                       static_cast<long long>(bound.count()));
               abort();
           }) {}
     ~Watchdog() {
-        {
-            std::lock_guard<std::mutex> lock(mLock);
-            mDone = true;
-        }
-        mCond.notify_one();
+        mDone.set_value();
         mThread.join();
     }
-    Watchdog(const Watchdog&) = delete;
-    Watchdog& operator=(const Watchdog&) = delete;
 
   private:
-    std::mutex mLock;  // guards mDone
-    std::condition_variable mCond;
-    bool mDone = false;
-    std::thread mThread;  // last: starts once the members above exist
+    std::promise<void> mDone;
+    std::thread mThread;  // last: starts once mDone exists
 };
 
 }  // namespace testing_support
