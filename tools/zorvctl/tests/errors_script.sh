@@ -1,5 +1,4 @@
-# In a script, -f - or -c, the first error stops zorvctl with status 1, naming the line and giving
-# the usage; on standard input every error is reported, the next line still runs, the status is 1.
+# A script's (-f, -f -, -c) first error stops it, status 1; piped input goes on, status 1.
 "$ZORVCTL" -f errors.zc; echo "exit $?"
 printf 'zoom 0 in\ngetTrackingMode 0\n' | "$ZORVCTL" -f -; echo "exit $?"
 "$ZORVCTL" -c "moveCamera 0 ZOOM_IN ten" -c "getTrackingMode 0"; echo "exit $?"

@@ -1,7 +1,5 @@
 #!/usr/bin/env bash
-# Usage: run_case.sh ZORVCTL CASE [LIB_WITHOUT_FACTORY]: runs CASE.sh (ZORVCTL, WORK, a scratch
-# directory, and LIB_WITHOUT_FACTORY set) and diffs its output with CASE.out (ZORVCTL_UPDATE=1
-# rewrites CASE.out).
+# run_case.sh ZORVCTL CASE [LIB_WITHOUT_FACTORY]: diffs CASE.sh's output with CASE.out (ZORVCTL_UPDATE=1 rewrites it).
 set -euo pipefail
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

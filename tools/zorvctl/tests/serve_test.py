@@ -1,9 +1,8 @@
-"""zorvctl serve: bad input answered with 4xx and a JSON error (the service goes on), and
-8 clients x 500 mixed calls answered with a consistent end state.
-Usage: serve_test.py ZORVCTL bad_input|load"""
+"""serve_test.py ZORVCTL bad_input|load: bad input gets 4xx and a JSON error and the service goes
+on; 8 clients x 500 mixed calls are all answered and the end state is consistent."""
 import json, random, sys, threading, time, urllib.request
-
-from serving import Service
+from concurrent.futures import ThreadPoolExecutor
+from serving import Service, WAIT
 
 # method, body, status, text the error must contain
 BAD_INPUT = [
@@ -29,62 +28,44 @@ def bad_input(service):
     for method, body, status, error in BAD_INPUT:
         got, answer = service.call(method, body)
         assert (got, error in answer["error"]) == (status, True), (method, got, answer)
-        # The service goes on, and the refused call changed nothing.
         assert service.call("getCurrentCameraCropArea")[1]["result"]["crops"] == [[0, 0, 1280, 720]]
 
 
 CLIENTS, CALLS, MOVES = 8, 450, 50  # per client: mixed calls, then moves only
 DIRECTIONS = ["PAN_LEFT", "PAN_RIGHT", "TILT_UP", "TILT_DOWN", "ZOOM_IN", "ZOOM_OUT"]
-
-
 move = lambda rng: ("moveCamera", {"camera": "0", "direction": rng.choice(DIRECTIONS), "step": rng.randint(1, 200)})
-
-
 mixed = lambda rng: rng.choice([
-        move(rng),
-        ("setTrackingMode", {"camera": "0", "mode": rng.choice([0, 0, 1, 2])}),
-        ("savePreset", {"camera": "0", "number": rng.randint(0, 3)}),
-        ("gotoPreset", {"camera": "0", "number": rng.randint(0, 3)}),
-        ("setScene", {"crop": [[0, 0, rng.randint(100, 1280), 720]]}),
-        ("getCurrentCameraCropArea", {}),
-        ("getTrackingMode", {"camera": "0"})])
+    move(rng), ("setTrackingMode", {"camera": "0", "mode": rng.choice([0, 0, 1, 2])}),
+    ("savePreset", {"camera": "0", "number": rng.randint(0, 3)}), ("gotoPreset", {"camera": "0", "number": rng.randint(0, 3)}),
+    ("setScene", {"crop": [[0, 0, rng.randint(100, 1280), 720]]}), ("getCurrentCameraCropArea", {}),
+    ("getTrackingMode", {"camera": "0"})])
 
 
 def run_clients(service, calls, pick):
-    failures = []
-
     def client(seed):
         rng = random.Random(seed)
-        for _ in range(calls):
-            method, body = pick(rng)
-            status, answer = service.call(method, body)
-            if status != 200:
-                failures.append((method, body, status, answer))
+        return [(call, service.call(*call)) for call in (pick(rng) for _ in range(calls))]
 
-    threads = [threading.Thread(target=client, args=(n,)) for n in range(CLIENTS)]
-    [t.start() for t in threads]
-    [t.join(timeout=60) for t in threads]
-    assert not any(t.is_alive() for t in threads), "calls still running after 60 s"
+    with ThreadPoolExecutor(CLIENTS) as pool:
+        failures = [f for c in pool.map(client, range(CLIENTS), timeout=3 * WAIT) for f in c if f[1][0] != 200]
     assert not failures, failures[:5]
 
 
 def load(service):
     assert service.call("setListener", {"listener": "watcher"})[0] == 200
     last = {}  # from the event stream: the last tracking mode and crop announced, the last seq
-    stream = urllib.request.urlopen(service.url + "/api/events", timeout=30)
+    stream = urllib.request.urlopen(service.url + "/api/events", timeout=WAIT)
 
     def read_stream():
-        for line in stream:
-            if line.startswith(b"data: "):
-                event = json.loads(line[6:])
-                for key in {"cameraDeviceTrackingChange": "mode", "onCameraCropApplied": "crops"}.get(
-                        event.get("method"), "").split():
-                    last[key] = event["args"][key]
-                last["seq"] = event["seq"]
+        for event in (json.loads(line[6:]) for line in stream if line.startswith(b"data: ")):
+            key = {"cameraDeviceTrackingChange": "mode", "onCameraCropApplied": "crops"}.get(event.get("method"))
+            if key:
+                last[key] = event["args"][key]
+            last["seq"] = event["seq"]
 
     def settled():  # the state once the stream has caught up with it
         state = service.state()
-        while last.get("seq") != state["seq"] and time.monotonic() - start < 60:
+        while last.get("seq") != state["seq"] and time.monotonic() - start < 3 * WAIT:
             time.sleep(0.05)
         return state
 
@@ -94,8 +75,7 @@ def load(service):
     state = settled()
     assert state["trackingMode"] == int(state["properties"]["vendor.talkertracking.flag"]) == last["mode"], (
         state["trackingMode"], state["properties"], last)
-    # Tracking off (the crop returns to the full frame unannounced), then moves only: every crop
-    # in force was announced, the last one last.
+    # Tracking off (back to the full frame, unannounced), then moves only: the last crop announced is in force.
     assert service.call("setTrackingMode", {"camera": "0", "mode": 0})[0] == 200
     run_clients(service, MOVES, move)
     state = settled()
