@@ -1,13 +1,15 @@
-// Camera metadata stand-in, in what the merge relies on: layout, add/find/update/append, room,
-// validation, tag types, allocation faults, and the aborts where the platform is undefined.
+// The stand-ins, in what the product relies on: camera metadata layout, add/find/update/append,
+// room and validation; the queue's all-or-nothing reads and writes; and the aborts where the
+// platform is undefined or aborts itself.
+#include <fmq/MessageQueue.h>
+#include <gtest/gtest.h>
+#include <hidl/HidlSupport.h>
+#include <hidl/Status.h>
+#include <string.h>
 #include <system/camera_metadata.h>
 
-#include <string.h>
-
 #include <memory>
-#include <vector>
-
-#include <gtest/gtest.h>
+#include <numeric>
 
 namespace {
 
@@ -22,19 +24,16 @@ constexpr size_t entry(size_t index, size_t field) {
 
 constexpr uint32_t kExposure = ANDROID_CONTROL_AE_EXPOSURE_COMPENSATION;  // int32 x1: inline
 constexpr uint32_t kCrop = ANDROID_SCALER_CROP_REGION;                    // int32 x4: 16 bytes
-constexpr uint32_t kFpsRanges = ANDROID_CONTROL_AE_AVAILABLE_TARGET_FPS_RANGES;
-
-uint32_t u32(const camera_metadata_t* m, size_t offset) {
-    uint32_t v;
-    memcpy(&v, reinterpret_cast<const uint8_t*>(m) + offset, sizeof(v));
-    return v;
-}
 
 using U32s = std::vector<uint32_t>;
 U32s fields(const camera_metadata_t* m, std::initializer_list<size_t> offsets) {
-    U32s out;
-    for (size_t offset : offsets) out.push_back(u32(m, offset));
+    U32s out(offsets.size());
+    for (size_t i = 0; i < out.size(); ++i)
+        memcpy(&out[i], reinterpret_cast<const uint8_t*>(m) + offsets.begin()[i], 4);
     return out;
+}
+uint32_t u32(const camera_metadata_t* m, size_t offset) {
+    return fields(m, {offset})[0];
 }
 
 void setU32(camera_metadata_t* m, size_t offset, uint32_t v) {
@@ -49,12 +48,14 @@ int add(camera_metadata_t* m, uint32_t tag, const std::vector<int32_t>& values) 
     return add_camera_metadata_entry(m, tag, values.data(), values.size());
 }
 
-// 0 inline {5}; 1 crop region at data offset 0; 2 fps ranges at 16; 32 of 64 data bytes used.
-Metadata threeEntries() {
+// 0 inline {5}; 1 crop region at data offset 0; 2 fps ranges at 16; 32 of 64 data bytes used;
+// then the given field set.
+Metadata threeEntries(size_t offset = kFlags, uint32_t value = 0) {
     Metadata m = make(4, 64);
     add(m.get(), kExposure, {5});
     add(m.get(), kCrop, {1, 2, 3, 4});
-    add(m.get(), kFpsRanges, {15, 30, 30, 30});
+    add(m.get(), ANDROID_CONTROL_AE_AVAILABLE_TARGET_FPS_RANGES, {15, 30, 30, 30});
+    setU32(m.get(), offset, value);
     return m;
 }
 
@@ -83,9 +84,8 @@ TEST(CameraMetadataTest, LayoutAddAndFindFollowThePlatform) {
 
     // Unknown tags, missing room or values are refused
     Metadata room = make(2, 8);
-    for (uint32_t tag : {uint32_t{ANDROID_CONTROL_END}, uint32_t{VENDOR_SECTION_START}, kCrop}) {
+    for (uint32_t tag : {uint32_t{ANDROID_CONTROL_END}, uint32_t{VENDOR_SECTION_START}, kCrop})
         EXPECT_EQ(add(room.get(), tag, {1, 2, 3, 4}), 1);
-    }
     EXPECT_EQ(add_camera_metadata_entry(room.get(), kExposure, nullptr, 1), 1);
     EXPECT_EQ(u32(room.get(), kEntryCount), 0u);
 
@@ -104,14 +104,8 @@ TEST(CameraMetadataTest, LayoutAddAndFindFollowThePlatform) {
 }
 
 TEST(CameraMetadataTest, UpdateRewritesInPlaceOrMovesLaterDataAndNeedsRoom) {
-    struct Row {
-        const char* what;
-        size_t index;
-        std::vector<int32_t> values;
-        int result;
-        U32s after;  // the value field of entries 0, 1, 2 and the data count afterwards
-    };
-    const Row rows[] = {
+    // entry, its new values, result, then the value field of entries 0, 1, 2 and the data count
+    const std::tuple<const char*, size_t, std::vector<int32_t>, int, U32s> rows[] = {
             {"same size: in place", 1, {9, 9, 9, 9}, 0, {5, 0, 16, 32}},
             {"grows: later data moves down", 1, {1, 2, 3, 4, 5, 6}, 0, {5, 16, 0, 40}},
             {"shrinks to inline", 1, {9}, 0, {5, 9, 0, 16}},
@@ -123,21 +117,18 @@ TEST(CameraMetadataTest, UpdateRewritesInPlaceOrMovesLaterDataAndNeedsRoom) {
             // the platform keeps the stale offset, which validation then refuses
             {"emptied out-of-line value", 2, {}, 0, {5, 0, 16, 16}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
-        Metadata m = threeEntries();
-        setU32(m.get(), kFlags, 1);
-        EXPECT_EQ(update_camera_metadata_entry(m.get(), row.index, row.values.data(),
-                                               row.values.size(), nullptr),
-                  row.result);
+    for (const auto& [what, index, values, result, after] : rows) {
+        SCOPED_TRACE(what);
+        Metadata m = threeEntries(kFlags, 1);
+        EXPECT_EQ(update_camera_metadata_entry(m.get(), index, values.data(), values.size(), 0),
+                  result);
         EXPECT_EQ(
                 fields(m.get(), {entry(0, kValue), entry(1, kValue), entry(2, kValue), kDataCount}),
-                row.after);
+                after);
         EXPECT_EQ(u32(m.get(), kFlags), 1u);
-        EXPECT_TRUE(row.result != 0 || valuesAt(m.get(), row.index) == row.values);
-        EXPECT_TRUE(row.index == 2 ||
-                    valuesAt(m.get(), 2) == std::vector<int32_t>({15, 30, 30, 30}));
-        EXPECT_EQ(validate_camera_metadata_structure(m.get(), nullptr), row.values.empty() ? 1 : 0);
+        EXPECT_TRUE(result != 0 || valuesAt(m.get(), index) == values);
+        EXPECT_TRUE(index == 2 || valuesAt(m.get(), 2) == std::vector<int32_t>({15, 30, 30, 30}));
+        EXPECT_EQ(validate_camera_metadata_structure(m.get(), nullptr), values.empty() ? 1 : 0);
     }
     EXPECT_EQ(update_camera_metadata_entry(nullptr, 0, nullptr, 0, nullptr), 1);
     // Entry 0, made out of line, lies after the crop: it moves down when the crop is resized
@@ -162,10 +153,9 @@ TEST(CameraMetadataTest, AppendRebasesOffsetsNeedsRoomAndOneVendor) {
     // Missing room (one slot or one byte short) or another vendor refuses it whole
     Metadata fewSlots = make(1, 64), fewBytes = make(4, 7), other = make(4, 64);
     setU32(other.get(), kVendorId, 6);
-    for (camera_metadata_t* d : {fewSlots.get(), fewBytes.get(), other.get()}) {
-        EXPECT_EQ(append_camera_metadata(d, src.get()), 1);
-        EXPECT_EQ(u32(d, kEntryCount), 0u);
-    }
+    for (camera_metadata_t* d : {fewSlots.get(), fewBytes.get(), other.get()})
+        EXPECT_EQ(std::pair(append_camera_metadata(d, src.get()), u32(d, kEntryCount)),
+                  std::pair(1, 0u));
 
     // When appended into exactly the room left, both flagged sorted
     setU32(dst.get(), kFlags, 1);
@@ -185,30 +175,19 @@ TEST(CameraMetadataTest, AppendRebasesOffsetsNeedsRoomAndOneVendor) {
 }
 
 TEST(CameraMetadataTest, ValidateReportsEachStructuralFault) {
-    struct Row {
-        size_t offset;
-        uint32_t value;
-        int result;
-    };
-    const Row rows[] = {
-            {kSize, 144, 1},
-            {kEntryCount, 5, 1},
-            {kDataCount, 72, 1},
-            {kDataStart, 49, 1},
-            {entry(0, kType), 6, 1},
-            {entry(0, kType), TYPE_FLOAT, 1},
-            {entry(1, kValue), 4, 1},
-            {entry(1, kValue), 56, 1},
-            {entry(0, kCount), 0, 1},
-            {entry(1, kValue), 48, 0},  // past the used data but inside the capacity: passes
-            {kDataCount, 12, 0},        // an unaligned data count passes too
-            {entry(0, kTag), VENDOR_SECTION_START, 0},  // vendor tags' types are not checked
-    };
+    // A field set to a value, and the result. The last three pass: data past the used data but
+    // inside the capacity, an unaligned data count, and a vendor tag (its type is not checked).
+    const std::tuple<size_t, uint32_t, int> rows[] = {
+            {kSize, 144, 1},          {kEntryCount, 5, 1},
+            {kDataCount, 72, 1},      {kDataStart, 49, 1},
+            {entry(0, kType), 6, 1},  {entry(0, kType), TYPE_FLOAT, 1},
+            {entry(1, kValue), 4, 1}, {entry(1, kValue), 56, 1},
+            {entry(0, kCount), 0, 1}, {entry(1, kValue), 48, 0},
+            {kDataCount, 12, 0},      {entry(0, kTag), VENDOR_SECTION_START, 0}};
     const size_t size = calculate_camera_metadata_size(4, 64);
-    for (const Row& row : rows) {
-        Metadata m = threeEntries();
-        setU32(m.get(), row.offset, row.value);
-        EXPECT_EQ(validate_camera_metadata_structure(m.get(), &size), row.result) << row.offset;
+    for (const auto& [offset, value, result] : rows) {
+        Metadata m = threeEntries(offset, value);
+        EXPECT_EQ(validate_camera_metadata_structure(m.get(), &size), result) << offset;
     }
     EXPECT_EQ(validate_camera_metadata_structure(threeEntries().get(), &size), 0);
     EXPECT_EQ(validate_camera_metadata_structure(nullptr, nullptr), 1);
@@ -216,37 +195,45 @@ TEST(CameraMetadataTest, ValidateReportsEachStructuralFault) {
     EXPECT_EQ(get_camera_metadata_entry(threeEntries().get(), 3, &e), 1);  // past the used ones
 }
 
-TEST(CameraMetadataTest, TagTablesGiveTypesToEachSectionsEnd) {
-    EXPECT_EQ(get_camera_metadata_tag_type(ANDROID_CONTROL_AE_COMPENSATION_STEP), TYPE_RATIONAL);
-    for (uint32_t end : {ANDROID_CONTROL_END, ANDROID_SCALER_END, ANDROID_HEIC_INFO_END}) {
-        EXPECT_NE(get_camera_metadata_tag_type(end - 1), -1) << std::hex << end;
-        EXPECT_EQ(get_camera_metadata_tag_type(end), -1) << std::hex << end;
-    }
-    EXPECT_EQ(get_camera_metadata_tag_type(VENDOR_SECTION_START), -1);
-}
-
 TEST(CameraMetadataDeathTest, CallsTheStandInCannotAnswerAsThePlatformWouldAbortNamingTheCase) {
-    auto afterSetting = [](size_t offset, uint32_t value) {
-        Metadata m = threeEntries();
-        setU32(m.get(), offset, value);
-        return m;
-    };
     const int32_t six[6] = {}, four[4] = {};
     // The last block lies past the used data: resizing it moves a wrapped length
     EXPECT_DEATH(
-            update_camera_metadata_entry(afterSetting(kDataCount, 16).get(), 2, six, 6, nullptr),
+            update_camera_metadata_entry(threeEntries(kDataCount, 16).get(), 2, six, 6, nullptr),
             "update_camera_metadata_entry: resized entry's data lies past the used data");
     // Rewritten in place past the data area
-    EXPECT_DEATH(update_camera_metadata_entry(afterSetting(entry(1, kValue), 56).get(), 1, four, 4,
+    EXPECT_DEATH(update_camera_metadata_entry(threeEntries(entry(1, kValue), 56).get(), 1, four, 4,
                                               nullptr),
                  "update_camera_metadata_entry: entry's data lies past the data area");
-    EXPECT_DEATH(update_camera_metadata_entry(afterSetting(entry(1, kType), 9).get(), 1, four, 4,
+    EXPECT_DEATH(update_camera_metadata_entry(threeEntries(entry(1, kType), 9).get(), 1, four, 4,
                                               nullptr),
                  "update_camera_metadata_entry: entry of unknown type");
     EXPECT_DEATH(update_camera_metadata_entry(threeEntries().get(), 1, nullptr, 4, nullptr),
                  "update_camera_metadata_entry: NULL values");
     EXPECT_DEATH(get_camera_metadata_entry_count(nullptr),
                  "get_camera_metadata_entry_count: NULL metadata");
+}
+
+TEST(MessageQueueTest, ReadsAndWritesAreAllOrNothingInOrderAroundTheRing) {
+    // Given 6 of 8 bytes queued, a write past the room or from nowhere, and a read of more than
+    // is queued, move nothing; 4 read and 6 written (2 round the ring) come out in order
+    android::hardware::MessageQueue<uint8_t, android::hardware::kSynchronizedReadWrite> q(8);
+    std::vector<uint8_t> in(12), out(8);
+    std::iota(in.begin(), in.end(), 0);
+    ASSERT_TRUE(q.write(in.data(), 6));
+    EXPECT_FALSE(q.write(in.data(), 3) || q.write(nullptr, 1) || q.read(out.data(), 7));
+    ASSERT_TRUE(q.read(out.data(), 4) && q.write(&in[6], 6) && q.availableToWrite() == 0);
+    EXPECT_TRUE(q.read(out.data(), 8) && out == std::vector<uint8_t>(in.begin() + 4, in.end()));
+}
+
+TEST(HidlSupportDeathTest, MisuseAbortsAsOnThePlatformOrWhereItIsUndefinedThere) {
+    using ::android::hardware::Return;
+    EXPECT_DEATH(
+            { Return<void> r = ::android::hardware::Status::fromStatusT(::android::DEAD_OBJECT); },
+            "Failed HIDL return status not checked: Status\\(EX_TRANSACTION_FAILED\\): "
+            "'DEAD_OBJECT: '");
+    ::android::hardware::hidl_vec<int> v = {1, 2};
+    EXPECT_DEATH(v[2] = 0, "hidl_vec index out of range");
 }
 
 }  // namespace
