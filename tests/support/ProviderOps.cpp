@@ -1,155 +1,64 @@
 // The shared table of provider and cache calls, with the checks that hold in any interleaving.
 #include "support/ProviderOps.h"
 
-#include <memory>
-
 #include <system/camera_metadata.h>
-
-#include "CameraControlCache.h"
+#include "kit/BlobBuilder.h"
 
 namespace testing_support {
 
-using ::android::sp;
-using ::android::hardware::hidl_string;
-using ::android::hardware::hidl_vec;
-using ::vendor::zorv::zorvprovider::fdstream::V1_0::IFDSession;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::CameraInfo;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::CameraInfoEntry;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::CameraMoveDirection;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::Crop;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::SceneControl;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackControl;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::TrackingMode;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::VirtualCameraCapability;
+using namespace ::vendor::zorv::zorvprovider::zorvprovider::V2_4;
+using namespace kit;
+using namespace ::android::hardware;
 using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::CameraControlCache;
-using ::vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation::RequestMetadataQueue;
-using CaptureRequest = CameraControlCache::CaptureRequest;
-using Bytes = std::vector<uint8_t>;
 
 namespace {
 
-constexpr uint32_t kExposureCompensation = 0x10001;  // int32 x1, always applied
-constexpr uint32_t kAeMode = 0x10003;                // byte
-constexpr uint32_t kCropRegion = 0xD0000;            // int32 x4, always applied
-constexpr uint32_t kJpegOrientation = 0x70003;       // int32: marks each blob with its request
+constexpr int32_t kExposure = ANDROID_CONTROL_AE_EXPOSURE_COMPENSATION;  // always applied
+constexpr uint32_t kCrop = ANDROID_SCALER_CROP_REGION;
+constexpr uint32_t kJpegOrientation = ANDROID_JPEG_ORIENTATION;  // marks a blob's request
 
-void check(OpContext& c, bool ok, const std::string& what) {
-    if (!ok) c.problem(what);
+bool marked(const Bytes& b, int32_t marker) {
+    const std::vector<Item> all = items(b);
+    return valid(b) && std::count(all.begin(), all.end(), i32(kJpegOrientation, {marker})) == 1;
 }
 
-// A settings blob marked with its request: the marker, and sometimes a crop region, in a block
-// with little room, so that merging sometimes has to grow it.
-Bytes queuedBlob(int32_t marker, bool withCrop) {
-    camera_metadata_t* m = allocate_camera_metadata(withCrop ? 2 : 1, withCrop ? 20 : 4);
-    add_camera_metadata_entry(m, kJpegOrientation, &marker, 1);
-    const int32_t crop[] = {0, 0, 640, 360};
-    if (withCrop) add_camera_metadata_entry(m, kCropRegion, crop, 4);
-    const auto* bytes = reinterpret_cast<const uint8_t*>(m);
-    Bytes out(bytes, bytes + get_camera_metadata_size(m));
-    free_camera_metadata(m);
-    return out;
-}
-
-bool sound(const uint8_t* bytes, size_t size) {
-    return validate_camera_metadata_structure(reinterpret_cast<const camera_metadata_t*>(bytes),
-                                              &size) == 0;
-}
-
-int32_t markerOf(const Bytes& blob) {
-    camera_metadata_ro_entry_t entry;
-    if (find_camera_metadata_ro_entry(reinterpret_cast<const camera_metadata_t*>(blob.data()),
-                                      kJpegOrientation, &entry) != 0 ||
-        entry.count != 1) {
-        return -1;
-    }
-    return entry.data.i32[0];
-}
-
-// A batch of requests with settings in the queue, without settings and with their own, merged
-// and read back as the device session would: every queued blob comes back whole, once, in
-// request order. Each thread has its own queue, of which it is the only reader and writer.
+// A batch of requests with settings in the queue, with their own and without, merged and read
+// back as the device session would: every queued blob comes back whole, once, in request order.
 void applyBatch(OpContext& c) {
-    thread_local std::shared_ptr<RequestMetadataQueue> queue =
-            std::make_shared<RequestMetadataQueue>(64 * 1024);
-    thread_local uint32_t blobs = 0;
-    hidl_vec<CaptureRequest> requests(c.in.index(4) + 1);
-    std::vector<int32_t> markers(requests.size(), -1);
-    std::vector<Bytes> own(requests.size());
+    thread_local int32_t blobs = 0;
+    hidl_vec<CameraControlCache::CaptureRequest> requests(c.in.index(4) + 1);
+    std::vector<Bytes> sent(requests.size()), queued;
+    std::vector<int32_t> markers(requests.size());  // -2: own settings, -3: none
     for (size_t i = 0; i < requests.size(); ++i) {
-        requests[i].frameNumber = i;
-        switch (c.in.index(3)) {
-            case 0: {
-                markers[i] = static_cast<int32_t>(blobs++ & 0xFFFFFF);
-                const Bytes blob = queuedBlob(markers[i], c.in.index(2));
-                queue->write(blob.data(), blob.size());
-                requests[i].fmqSettingsSize = blob.size();
-                break;
-            }
-            case 1:
-                own[i] = queuedBlob(-2, false);
-                requests[i].settings = own[i];
-                break;
-            default:
-                break;  // no settings at all
-        }
+        const size_t kind = c.in.index(3);  // queued, own or no settings
+        markers[i] = kind == 0 ? blobs++ & 0xFFFFFF : -1 - int32_t(kind);
+        // In a block with little room, so that merging sometimes has to grow it.
+        const Item mark = i32(kJpegOrientation, {markers[i]}), crop = i32(kCrop, {0, 0, 64, 36});
+        sent[i] = kind == 0 && c.in.index(2) ? blob(2, 20, {mark, crop}) : blob(1, 4, {mark});
+        if (kind == 0) queued.push_back(sent[i]), requests[i].fmqSettingsSize = sent[i].size();
+        if (kind == 1) requests[i].settings = sent[i];
     }
+    const std::shared_ptr<RequestMetadataQueue> queue = queueWith(queued);
     CameraControlCache::Instance()->applyMetaData(c.in.cameraId(), requests, queue);
     for (size_t i = 0; i < requests.size(); ++i) {
-        const CaptureRequest& r = requests[i];
+        Bytes got(requests[i].settings.begin(), requests[i].settings.end());
+        bool ok = markers[i] == -2 ? got == sent[i] : got.empty() || valid(got);
         if (markers[i] >= 0) {
-            Bytes blob(r.fmqSettingsSize);
-            const bool read = r.fmqSettingsSize != 0 && queue->read(blob.data(), blob.size());
-            check(c, read, "queued settings lost");
-            check(c, !read || (sound(blob.data(), blob.size()) && markerOf(blob) == markers[i]),
-                  "queued settings broken or out of order");
-        } else if (!own[i].empty()) {
-            check(c, Bytes(r.settings.begin(), r.settings.end()) == own[i], "own settings changed");
-        } else {
-            check(c, r.settings.size() == 0 || sound(r.settings.data(), r.settings.size()),
-                  "new settings broken");
+            got.assign(requests[i].fmqSettingsSize, 0);
+            ok = queue->read(got.data(), got.size()) && marked(got, markers[i]);
         }
+        if (!ok) c.problem("settings lost, changed, broken or out of order");
     }
-    check(c, queue->availableToRead() == 0, "extra bytes in the queue");
-    Bytes rest(queue->availableToRead());
-    queue->read(rest.data(), rest.size());
+    if (!drain(*queue).empty()) c.problem("extra bytes in the queue");
 }
 
 SceneControl pickScene(Choices& in) {
     // Edges wrap like the crop arithmetic, so that any picked values stay defined.
-    auto plus = [](int32_t a, int32_t b) {
-        return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
-    };
+    auto plus = [](int32_t a, int32_t b) { return int32_t(uint32_t(a) + uint32_t(b)); };
     const int32_t l = in.pick(0, 600), t = in.pick(0, 300);
     hidl_vec<Crop> crops;
     if (in.index(5) != 0) crops = {Crop{l, t, plus(l, in.pick(1, 680)), plus(t, in.pick(1, 420))}};
     return {crops, in.pick(1280, 1280), in.pick(720, 720), in.pick(0, 2), in.pick(0, 500), 0};
-}
-
-hidl_vec<hidl_string> pickNames(Choices& in) {
-    hidl_vec<hidl_string> names(in.index(4));
-    for (hidl_string& n : names) n = in.index(2) ? std::string("vc\0", 3) + in.text(8) : in.text(8);
-    return names;
-}
-
-hidl_vec<CameraInfo> pickInfos(Choices& in) {
-    hidl_vec<CameraInfo> infos(in.index(3));
-    for (CameraInfo& info : infos) {
-        info.text1 = in.text(16);
-        info.text2 = in.text(16);
-        info.entries = {CameraInfoEntry{in.pick(0, 9), in.pick(0, 9), in.pick(0, 9)}};
-        info.value1 = in.pick(0, 9);
-    }
-    return infos;
-}
-
-ACameraMetadata_entry pickEntry(Choices& in, uint8_t& mode, int32_t (&crop)[4]) {
-    ACameraMetadata_entry entry{};
-    const bool byte = in.index(2);
-    entry.tag = byte ? kAeMode : kCropRegion;
-    entry.type = byte ? ACAMERA_TYPE_BYTE : ACAMERA_TYPE_INT32;
-    entry.count = byte ? 1 : 4;
-    entry.data.u8 = byte ? &mode : reinterpret_cast<uint8_t*>(crop);
-    return entry;
 }
 
 const std::vector<ProviderOp> kOps = {
@@ -157,33 +66,31 @@ const std::vector<ProviderOp> kOps = {
          [](OpContext& c) {
              // They offer nothing, whatever is asked.
              ZorvCameraProvider& p = c.provider;
+             const hidl_string id = c.in.cameraId();
+             bool none = true;
              p.setCallback(nullptr);
-             p.getVendorTags([&c](auto, const auto& s) { check(c, s.size() == 0, "tags"); });
-             p.getCameraIdList([&c](auto, const auto& ids) { check(c, ids.size() == 0, "ids"); });
-             p.isSetTorchModeSupported([&c](auto, bool torch) { check(c, !torch, "torch"); });
-             p.getCameraDeviceInterface_V1_x(
-                     c.in.cameraId(), [&c](auto, const auto& d) { check(c, d == nullptr, "v1"); });
-             p.getCameraDeviceInterface_V3_x(
-                     c.in.cameraId(), [&c](auto, const auto& d) { check(c, d == nullptr, "v3"); });
+             p.getVendorTags([&](auto, const auto& s) { none &= s.size() == 0; });
+             p.getCameraIdList([&](auto, const auto& ids) { none &= ids.size() == 0; });
+             p.isSetTorchModeSupported([&](auto, bool torch) { none &= !torch; });
+             p.getCameraDeviceInterface_V1_x(id,
+                                             [&](auto, const auto& d) { none &= d == nullptr; });
+             p.getCameraDeviceInterface_V3_x(id,
+                                             [&](auto, const auto& d) { none &= d == nullptr; });
+             if (!none) c.problem("a base provider method offers something");
          }},
         {"getFDSessionInterface",
          [](OpContext& c) {
-             sp<IFDSession> session;
-             c.provider.getFDSessionInterface([&](auto, const sp<IFDSession>& s) { session = s; });
-             check(c, session != nullptr, "no session");
-             // The session's handlers take its lock on this thread.
-             if (session != nullptr) {
-                 session->configure({}).isOk();
-                 session->processCaptureRequest({}).isOk();
-             }
+             ::android::sp<::vendor::zorv::zorvprovider::fdstream::V1_0::IFDSession> s;
+             c.provider.getFDSessionInterface([&](auto, const auto& got) { s = got; });
+             if (s == nullptr) return c.problem("no session");
+             s->configure({}).isOk();  // the session's handlers take its lock on this thread
+             s->processCaptureRequest({}).isOk();
          }},
         {"setSceneJson", [](OpContext& c) { c.provider.setSceneJson(c.in.text(64)); }},
         {"setScene", [](OpContext& c) { c.provider.setScene(pickScene(c.in)); }},
         {"setTracking",
          [](OpContext& c) {
-             TrackControl track{};
-             track.right = c.in.pick(0, 1280);
-             track.bottom = c.in.pick(0, 720);
+             TrackControl track{0, 0, c.in.pick(0, 1280), c.in.pick(0, 720), {}, 0, 0, 0, 0};
              track.xVelocity = c.in.pick(-100, 100) / 8.0;
              track.action = c.in.pick(0, 3);
              c.provider.setTracking(track);
@@ -201,7 +108,7 @@ const std::vector<ProviderOp> kOps = {
              const bool off = c.provider.getTrackingMode(id) == TrackingMode::OFF;
              const bool moved = c.provider.moveCamera(
                      id, static_cast<CameraMoveDirection>(c.in.pick(0, 8)), c.in.pick(-5, 300));
-             check(c, !c.alone || moved == off, "move refused or allowed against the mode");
+             if (c.alone && moved != off) c.problem("move refused or allowed against the mode");
          }},
         {"savePreset",
          [](OpContext& c) { c.provider.savePreset(c.in.cameraId(), c.in.pick(-1, 3)); }},
@@ -210,79 +117,72 @@ const std::vector<ProviderOp> kOps = {
         {"setListener/clearListener",
          [](OpContext& c) {
              if (c.listener == nullptr) return;
-             if (c.registered) {
-                 c.provider.clearListener(c.listener);
-             } else {
-                 c.provider.setListener(c.listener);
-             }
+             c.registered ? c.provider.clearListener(c.listener)
+                          : c.provider.setListener(c.listener);
              c.registered = !c.registered;
          }},
         {"getCurrentCameraCropArea",
          [](OpContext& c) {
              c.provider.getCurrentCameraCropArea([&c](const SceneControl& s) {
-                 check(c, s.frameWidth >= 1 && s.frameHeight >= 1, "crop without a frame");
+                 if (s.frameWidth < 1 || s.frameHeight < 1) c.problem("crop without a frame");
              });
          }},
         {"setMetaData",
          [](OpContext& c) {
-             const uint32_t tag = c.in.index(2)
-                                          ? kJpegOrientation
-                                          : static_cast<uint32_t>(c.in.pick(kExposureCompensation,
-                                                                            kExposureCompensation));
+             const uint32_t tag =
+                     c.in.index(2) ? kJpegOrientation : c.in.pick(kExposure, kExposure);
              c.provider.setMetaData(c.in.cameraId(), tag, c.in.pick(-3, 3));
          }},
         {"setMetaArray",
          [](OpContext& c) {
              std::vector<int32_t> values(c.in.index(7), c.in.pick(0, 9));
-             c.provider.setMetaArray(c.in.cameraId(), kCropRegion, values);
+             c.provider.setMetaArray(c.in.cameraId(), kCrop, values);
          }},
         {"setZoomInLimit",
          [](OpContext& c) { c.provider.setZoomInLimit(c.in.cameraId(), c.in.pick(0, 6)); }},
         {"setVirtualCameraAvailability",
          [](OpContext& c) {
              const hidl_string id = c.in.cameraId();
-             const bool available = c.in.index(2);
-             c.provider.setVirtualCameraAvailability(id, available);
-             check(c, !c.alone || c.provider.getVirtualCameraAvailability(id) == available,
-                   "availability not stored");
+             const bool on = c.in.index(2);
+             c.provider.setVirtualCameraAvailability(id, on);
+             if (c.alone && c.provider.getVirtualCameraAvailability(id) != on) c.problem("on");
          }},
         {"setVirtualCameraCapability",
          [](OpContext& c) {
              const hidl_string id = c.in.cameraId();
-             const auto capability = static_cast<VirtualCameraCapability>(c.in.pick(0, 2));
-             c.provider.setVirtualCameraCapability(id, capability);
-             check(c, !c.alone || c.provider.getVirtualCameraCapability(id) == capability,
-                   "capability not stored");
+             const auto cap = static_cast<VirtualCameraCapability>(c.in.pick(0, 2));
+             c.provider.setVirtualCameraCapability(id, cap);
+             if (c.alone && c.provider.getVirtualCameraCapability(id) != cap) c.problem("cap");
          }},
         {"setVirtualCameraList",
          [](OpContext& c) {
              const hidl_string id = c.in.cameraId();
-             const hidl_vec<hidl_string> names = pickNames(c.in);
+             hidl_vec<hidl_string> names(c.in.index(4)), expected(names.size()), stored;
+             for (size_t i = 0; i < names.size(); ++i) {
+                 names[i] = (c.in.index(2) ? std::string("vc\0", 3) : "") + c.in.text(8);
+                 expected[i] = names[i].c_str();  // a stored name ends at its first NUL
+             }
              c.provider.setVirtualCameraList(id, names);
-             if (!c.alone) return;
-             // A stored name is its text up to the first NUL.
-             std::vector<std::string> expected, got;
-             for (const hidl_string& n : names) expected.emplace_back(n.c_str());
-             c.provider.getVirtualCameraList(id, [&](const hidl_vec<hidl_string>& stored) {
-                 for (const hidl_string& n : stored) got.emplace_back(n);
-             });
-             check(c, got == expected, "names not stored");
+             c.provider.getVirtualCameraList(id, [&](const auto& got) { stored = got; });
+             if (c.alone && !(stored == expected)) c.problem("names not stored");
          }},
         {"setMaxVirtualCameras",
          [](OpContext& c) {
              const hidl_string id = c.in.cameraId();
              const uint32_t max = static_cast<uint32_t>(c.in.pick(0, 4));
              c.provider.setMaxVirtualCameras(id, max);
-             check(c, !c.alone || c.provider.getMaxVirtualCameras(id) == max, "maximum not stored");
+             if (c.alone && c.provider.getMaxVirtualCameras(id) != max) c.problem("max");
          }},
         {"setVirtualCameraInfo",
          [](OpContext& c) {
-             const hidl_vec<CameraInfo> infos = pickInfos(c.in);
+             hidl_vec<CameraInfo> infos(c.in.index(3)), stored;
+             auto n = [&c] { return c.in.pick(0, 9); };
+             for (CameraInfo& i : infos)
+                 i = {c.in.text(16), c.in.text(16), {{n(), n(), n()}}, {}, 0, 0, 0};
+             for (CameraInfo& i : infos) i.value1 = n();
              c.provider.setVirtualCameraInfo(infos);
-             if (!c.alone) return;
-             c.provider.getVirtualCameraInfo([&](const hidl_vec<CameraInfo>& stored) {
-                 check(c, stored == infos, "infos not stored");
-             });
+             c.provider.getVirtualCameraInfo([&](const hidl_vec<CameraInfo>& s) { stored = s; });
+             if (c.alone && !(stored == infos)) c.problem("infos not stored");
          }},
         {"virtual camera getters",
          [](OpContext& c) {
@@ -295,14 +195,13 @@ const std::vector<ProviderOp> kOps = {
          }},
         {"addMetaData",
          [](OpContext& c) {
-             uint8_t mode = 1;
-             int32_t crop[] = {c.in.pick(0, 9), 0, 1280, 720};
-             CameraControlCache::Instance()->addMetaData(c.in.cameraId(),
-                                                         pickEntry(c.in, mode, crop));
+             const Item item = c.in.index(2) ? u8(ANDROID_CONTROL_AE_MODE, {1})
+                                             : i32(kCrop, {c.in.pick(0, 9), 0, 1280, 720});
+             CameraControlCache::Instance()->addMetaData(c.in.cameraId(), asEntry(item));
          }},
         {"removeMetaData",
          [](OpContext& c) {
-             CameraControlCache::Instance()->removeMetaData(c.in.cameraId(), kCropRegion);
+             CameraControlCache::Instance()->removeMetaData(c.in.cameraId(), kCrop);
          }},
         {"removeCamera",
          [](OpContext& c) { CameraControlCache::Instance()->removeCamera(c.in.cameraId()); }},

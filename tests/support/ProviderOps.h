@@ -3,15 +3,7 @@
 #ifndef TESTS_SUPPORT_PROVIDEROPS_H
 #define TESTS_SUPPORT_PROVIDEROPS_H
 
-#include <stddef.h>
-#include <stdint.h>
-
-#include <functional>
 #include <random>
-#include <string>
-#include <vector>
-
-#include <utils/StrongPointer.h>
 
 #include "ZorvCameraProvider.h"
 
@@ -41,9 +33,7 @@ class RandomChoices : public Choices {
     }
     size_t index(size_t n) override { return static_cast<size_t>(pick(0, int32_t(n) - 1)); }
     std::string cameraId() override {
-        static const char* const kCameras[] = {"0", "device@3.2/internal/0", "1",
-                                               "device@3.2/internal/1"};
-        return kCameras[index(4)];
+        return (index(2) ? "device@3.2/internal/" : "") + std::to_string(index(2));
     }
     std::string text(size_t) override { return "{\"n\":" + std::to_string(pick(0, 99)) + "}"; }
 
