@@ -6,74 +6,50 @@
 
 using namespace testing_support;
 
-namespace {
-
-LogLine request(int mode) {
-    return providerLine(kDebug,
-                        "ZorvCameraProvider setTrackingMode " + std::to_string(mode) + " \n");
-}
-LogLine property(int mode) {
-    return providerLine(
-            kInfo, "setTrackingModeProperty: setting talker tracking to " + std::to_string(mode));
-}
-LogLine changed(int mode) {
-    return providerLine(kDebug, "Tracking changed to " + std::to_string(mode) + " ");
-}
-
-}  // namespace
-
+// Each row renders as "<priority>:<provider line>|", the listener's events, the engine's calls
+// ("+" when under the session lock), then the session mode and the talker-tracking property.
 TEST(TrackingTest, ModeSequenceNotifiesAndWritesThePropertyOnlyWhenTheReportedModeChanges) {
-    struct Row {
-        int mode;
-        Lines lines;
-        bool told;          // the listener hears the mode
-        int engine;         // the mode the engine is told under the session lock, -1 none
-        const char* after;  // session mode and talker-tracking property
-    };
-    const LogLine reset = providerLine(kDebug, "PTZ Scene reset 0 0 1280 720");
-    const LogLine invalid =
-            providerLine(kError, "setTrackingModeProperty: ignoring invalid trackingMode 7");
-    const Row rows[] = {
+    const std::string changed = "3:Tracking changed to ", tell = "cameraDeviceTrackingChange cam0 ",
+                      engine = "onTrackingModeChanged ",
+                      property = "4:setTrackingModeProperty: setting talker tracking to ";
+    const std::pair<int, std::string> rows[] = {
             // The first call of the process notifies although nothing changes
-            {0, {request(0), property(0)}, true, -1, "0 0"},
+            {0, property + "0|" + tell + "0|0 0"},
             // 3 runs as 2; listeners hear 3
-            {3, {request(3), changed(2), property(2)}, true, 2, "2 2"},
+            {3, changed + "2 |" + property + "2|" + tell + "3|" + engine + "2+|2 2"},
             // 3 again differs from the reported 2, so it is told again
-            {3, {request(3), property(2)}, true, -1, "2 2"},
-            {2, {request(2)}, false, -1, "2 2"},
+            {3, property + "2|" + tell + "3|2 2"},
+            {2, "2 2"},
             // Off: the PTZ crop goes back to the full frame before the engine is told 0
-            {0, {request(0), reset, changed(0), property(0)}, true, 0, "0 0"},
-            {0, {request(0)}, false, -1, "0 0"},
-            {1, {request(1), changed(1), property(1)}, true, 1, "1 1"},
+            {0, "3:PTZ Scene reset 0 0 1280 720|" + changed + "0 |" + property + "0|" + tell +
+                        "0|" + engine + "0+|0 0"},
+            {0, "0 0"},
+            {1, changed + "1 |" + property + "1|" + tell + "1|" + engine + "1+|1 1"},
             // Out of range: stored and notified, the property keeps its text
-            {7, {request(7), changed(7), invalid}, true, 7, "7 1"},
+            {7, changed + "7 |6:setTrackingModeProperty: ignoring invalid trackingMode 7|" + tell +
+                        "7|" + engine + "7+|7 1"},
     };
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     sp<RecordingListener> listener = new RecordingListener();
     provider->setListener(listener);
-    RecordingEngine engine;
+    RecordingEngine recording;
     FDSession::getInstance()->setPTZControl({{Crop{100, 56, 1180, 664}}, 1280, 720, 4, 5, 6});
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.mode);
+    for (const auto& [mode, expected] : rows) {
         LogCapture::clear();
         listener->clear();
-        engine.clear();
-        EXPECT_TRUE(provider->setTrackingMode("cam0", static_cast<TrackingMode>(row.mode)).isOk());
-        EXPECT_EQ(providerLines(), row.lines);
-        EXPECT_EQ(listener->events(),
-                  row.told ? Strings{"cameraDeviceTrackingChange cam0 " + std::to_string(row.mode)}
-                           : Strings{});
-        const auto calls = engine.calls();
-        ASSERT_EQ(calls.size(), row.engine < 0 ? 0u : 1u);
-        if (row.engine >= 0) {
-            EXPECT_EQ(calls[0].operation, "onTrackingModeChanged");
-            EXPECT_EQ(calls[0].mode, row.engine);
-            EXPECT_TRUE(calls[0].sessionLockHeld);
-        }
+        recording.clear();
+        std::string got =
+                provider->setTrackingMode("cam0", TrackingMode(mode)).isOk() ? "" : "failed|";
+        for (const LogLine& l : providerLines())
+            got += std::to_string(l.priority) + ":" + l.text + "|";
+        for (const std::string& e : listener->events()) got += e + "|";
+        for (const auto& c : recording.calls())
+            got += c.operation + " " + std::to_string(c.mode) + (c.sessionLockHeld ? "+|" : "|");
         // The mode is process-wide: any camera id answers it
-        EXPECT_EQ(std::to_string(static_cast<int>(TrackingMode(provider->getTrackingMode("x")))) +
-                          " " + prop("vendor.talkertracking.flag"),
-                  row.after);
+        got += std::to_string(static_cast<int>(TrackingMode(provider->getTrackingMode("x")))) +
+               " " + prop("vendor.talkertracking.flag");
+        EXPECT_EQ(got, "3:ZorvCameraProvider setTrackingMode " + std::to_string(mode) + " \n|" +
+                               expected);
     }
     // The reset kept everything of the PTZ record but the crop and frame
     EXPECT_EQ(ptz(), (SceneControl{{kFull}, 1280, 720, 4, 5, 6}));
@@ -85,24 +61,13 @@ TEST(TrackingTest, TrackControlIsStoredAndReachesTheEngineOutsideTheSessionLock)
     provider->setListener(listener);
     RecordingEngine engine;
     LogCapture::clear();
-    TrackControl track{};
-    track.left = 10;
-    track.bottom = 200;
+    TrackControl track{10, 0, 0, 200, {}, 0.25, 0, 0, 2};
     track.reserved[3] = 0x7f;
-    track.xVelocity = 0.25;
-    track.action = 2;
     EXPECT_EQ(provider->setTracking(track), Status::OK);
-    {
-        std::lock_guard lock(FDSession::mLock);
-        EXPECT_EQ(FDSession::getInstance()->mTrackControl, track);
-    }
-    const auto calls = engine.calls();
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_EQ(calls[0].operation, "onTrackControl");
-    EXPECT_EQ(calls[0].track, track);
-    EXPECT_FALSE(calls[0].sessionLockHeld);
-    EXPECT_TRUE(listener->events().empty());
-    EXPECT_TRUE(providerLines().empty());
+    EXPECT_EQ(FDSession::getInstance()->mTrackControl, track);
+    ASSERT_EQ(engine.operations(), Strings{"onTrackControl"});
+    EXPECT_TRUE(engine.calls()[0].track == track && !engine.calls()[0].sessionLockHeld);
+    EXPECT_TRUE(listener->events().empty() && providerLines().empty());
 }
 
 // The first-notification flag is process-wide: two providers share it (a race shows under TSan).
