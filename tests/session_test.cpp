@@ -14,8 +14,6 @@
 #include "support/Watchdog.h"
 
 using namespace testing_support;
-using ::android::hardware::camera::device::V3_2::CaptureRequest;
-using ::android::hardware::camera::device::V3_2::StreamConfiguration;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::IFDSession;
 
 namespace {
@@ -31,16 +29,14 @@ struct CallingEngine : FramingEngine {
     ~CallingEngine() { FDSession::getInstance()->attachEngine(nullptr); }
     void onSceneControl(const SceneControl&) override {}
     void onPTZControl(const SceneControl&) override { onCrop(); }
-    void onTrackControl(const TrackControl&) override {
-        onTrack();
-        ++trackControls;  // freed memory if the engine was destroyed meanwhile
-    }
+    // Touches freed memory if the engine was destroyed meanwhile.
+    void onTrackControl(const TrackControl&) override { onTrack(), ++trackControls; }
     void onTrackingModeChanged(int32_t) override {}
     std::function<void()> onCrop, onTrack;
     int trackControls = 0;
 };
 
-constexpr uint32_t kExposureCompensation = 0x10001;
+constexpr uint32_t kExposure = 0x10001;  // exposure compensation
 const std::string kProvider = "provider lock \\(ZorvCameraProvider::mLock\\)";
 const std::string kSession = "session lock \\(FDSession::mLock\\)";
 const std::string kCache = "cache lock \\(CameraControlCache::mLock\\)";
@@ -55,23 +51,20 @@ TEST(SessionTest, FirstCallsShareOneSessionAndThreadAndResetKeepsTransitionAndDu
     std::thread t1([&] { a = FDSession::getInstance(); });
     b = FDSession::getInstance();
     t1.join();
-    ASSERT_NE(a, nullptr);
-    EXPECT_EQ(a.get(), b.get());
-    for (int i = 0; i < 200 && fdstream_host::handlerCounts().threadsStarted == 0; ++i) {
+    ASSERT_TRUE(a != nullptr && a.get() == b.get());
+    for (int i = 0; i < 200 && fdstream_host::handlerCounts().threadsStarted == 0; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    EXPECT_EQ(fdstream_host::handlerCounts().threadsStarted, 1);
     // A new session holds the whole frame, mode 0 and no scene
-    EXPECT_EQ(a->mSceneControl.crops.size(), 0u);
-    EXPECT_EQ(ptz(), (SceneControl{{kFull}, 1280, 720, 0, 0, 0}));
-    EXPECT_EQ(sessionMode(), 0);
+    EXPECT_EQ(std::to_string(fdstream_host::handlerCounts().threadsStarted) +
+                      std::to_string(a->mSceneControl.crops.size()) + describe(ptz()) +
+                      std::to_string(sessionMode()),
+              "10crops=[{0,0,1280,720}] frame=1280x720 transition=0 duration=0 extra=00");
     // A reset keeps the transition, duration and extra and tells no engine
     RecordingEngine engine;
     a->setPTZControl(SceneControl{{Crop{100, 50, 740, 410}}, 1280, 720, 1, 500, 9});
     engine.clear();
     a->resetPTZScene();
-    EXPECT_EQ(ptz(), (SceneControl{{kFull}, 1280, 720, 1, 500, 9}));
-    EXPECT_TRUE(engine.calls().empty());
+    EXPECT_TRUE(ptz() == (SceneControl{{kFull}, 1280, 720, 1, 500, 9}) && engine.calls().empty());
     EXPECT_EQ(providerLines(kDebug),
               (Lines(2, providerLine(kDebug, "PTZ Scene reset 0 0 1280 720"))));
 }
@@ -80,29 +73,24 @@ TEST(SessionTest, InterfacesAreDistinctDriveTheSameSessionAndTranslateHandlerRes
     sp<ZorvCameraProvider> provider = new ZorvCameraProvider();
     LogCapture::clear();
     std::vector<sp<IFDSession>> s;
-    auto keep = [&](Status status, const sp<IFDSession>& i) {
-        s.push_back(status == Status::OK ? i : nullptr);
-    };
+    auto keep = [&](Status st, auto& i) { s.push_back(st == Status::OK ? i : nullptr); };
     provider->getFDSessionInterface(keep);
     provider->getFDSessionInterface(keep);
-    ASSERT_EQ(s.size(), 2u);
-    ASSERT_TRUE(s[0] != nullptr && s[1] != nullptr);
-    EXPECT_NE(s[0].get(), s[1].get());
+    ASSERT_TRUE(s.size() == 2 && s[0] != nullptr && s[1] != nullptr && s[0] != s[1]);
     const LogLine enter = providerLine(kInfo, "getFDSessionInterface: enter \n");
     const LogLine exit = providerLine(kInfo, "getFDSessionInterface: exit \n");
     EXPECT_EQ(LogCapture::lines(), (Lines{enter, exit, enter, exit}));
     // Any handler failure becomes 1, success stays 0, and setCallback always answers 0
-    std::string answers = std::to_string(int32_t(s[0]->configure(StreamConfiguration{})));
-    answers += std::to_string(int32_t(s[1]->processCaptureRequest(CaptureRequest{})));
-    EXPECT_TRUE(FDSession::getInstance()->mConfigured);
+    auto str = [](auto v) { return std::to_string(int32_t(v)); };
+    std::string answers = str(s[0]->configure({}));  // each call in turn
+    answers += str(s[1]->processCaptureRequest({}));
+    answers += str(FDSession::getInstance()->mConfigured);
     fdstream_host::setHandlerResults(-22, -22, -22);
-    answers += std::to_string(int32_t(s[1]->configure(StreamConfiguration{})));
-    answers += std::to_string(int32_t(s[0]->processCaptureRequest(CaptureRequest{})));
-    answers += std::to_string(int32_t(s[0]->setCallback(nullptr)));
+    answers += str(s[1]->configure({})) + str(s[0]->processCaptureRequest({})) +
+               str(s[0]->setCallback(nullptr));
     const auto n = fdstream_host::handlerCounts();
-    EXPECT_EQ(answers + " " + std::to_string(n.setCallback) + std::to_string(n.configure) +
-                      std::to_string(n.captureRequest),
-              "00110 122");
+    EXPECT_EQ(answers + " " + str(n.setCallback) + str(n.configure) + str(n.captureRequest),
+              "001110 122");
 }
 
 TEST(SessionConcurrencyTest, DetachingWaitsForTrackControlsInFlightOnOtherThreads) {
@@ -118,21 +106,17 @@ TEST(SessionConcurrencyTest, DetachingWaitsForTrackControlsInFlightOnOtherThread
     auto engine = std::make_unique<CallingEngine>(
             [] {},
             [&] {
-                entered = true;
-                while (!release) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                for (entered = true; !release;)
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
             });
     std::thread tracking([&] { provider->setTracking(TrackControl{}); });
     while (!entered) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     // When another thread detaches the engine and destroys it, the detach waits for the call
-    std::thread owner([&] {
-        engine.reset();
-        detached = true;
-    });
+    std::thread owner([&] { engine.reset(), detached = true; });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_FALSE(detached);
     release = true;
-    tracking.join();
-    owner.join();
+    tracking.join(), owner.join();
     EXPECT_TRUE(detached);
 }
 
@@ -141,11 +125,10 @@ TEST(LockOrderTest, CacheIsTakenUnderTheProviderAndSessionLocks) {
     ZorvCameraProvider* p = provider.get();
     sp<RecordingListener> listener = new RecordingListener();
     listener->onEvent([p](const std::string&) {
-        p->setMetaData("0", kExposureCompensation, 1);
-        p->setMetaArray("0", kExposureCompensation, {2});
+        p->setMetaData("0", kExposure, 1), p->setMetaArray("0", kExposure, {2});
     });
     provider->setListener(listener);
-    CallingEngine engine([p] { p->setMetaData("1", kExposureCompensation, 3); });
+    CallingEngine engine([p] { p->setMetaData("1", kExposure, 3); });
     provider->setMaxVirtualCameras("0", 2);
     EXPECT_TRUE(provider->moveCamera("0", CameraMoveDirection::ZOOM_IN, 10));
     EXPECT_EQ(listener->events().size(), 3u);
@@ -157,18 +140,13 @@ TEST(LockOrderDeathTest, InversionsAbort) {
 #endif
     // The session runs its own thread, so the child re-runs the test instead of forking.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    sp<ZorvCameraProvider> p = new ZorvCameraProvider();
-    sp<ZorvCameraProvider> other = new ZorvCameraProvider();
-    EXPECT_DEATH(
-            {
-                CallingEngine engine([&p] { p->getMaxVirtualCameras("0"); });
-                p->moveCamera("0", CameraMoveDirection::ZOOM_IN, 10);
-            },
-            violation(kProvider, kSession) + ", which must come after it");
-    auto underCache = [](auto call) {
-        std::lock_guard lock(CameraControlCache::mLock);
-        call();
-    };
+    sp<ZorvCameraProvider> p = new ZorvCameraProvider(), other = new ZorvCameraProvider();
+    // The engine (a temporary) stays attached until the move has returned.
+    EXPECT_DEATH((CallingEngine([&p] { p->getMaxVirtualCameras("0"); }),
+                  p->moveCamera("0", CameraMoveDirection::ZOOM_IN, 10)),
+                 violation(kProvider, kSession) + ", which must come after it");
+    // The guard (a temporary) holds the cache lock until the call has returned.
+    auto underCache = [](auto call) { return std::lock_guard(CameraControlCache::mLock), call(); };
     EXPECT_DEATH(underCache([&] { p->getTrackingMode("0"); }),
                  violation(kSession, kCache) + ", which is a leaf");
     EXPECT_DEATH(underCache([&] { p->getMaxVirtualCameras("0"); }),
@@ -196,9 +174,9 @@ TEST(LockTest, EveryOperationWaitsForTheLocksItTakes) {
     for (int32_t n = 0; n <= 3; ++n) provider->savePreset("0", n);
     auto hold = [&](size_t l, bool on) {
         auto flip = [on](auto& m) { on ? m.lock() : m.unlock(); };
-        if (l == 0) flip(Peer::lock(*provider));
-        if (l == 1) flip(FDSession::mLock);
-        if (l == 2) flip(CameraControlCache::mLock);
+        l == 0   ? flip(Peer::lock(*provider))
+        : l == 1 ? flip(FDSession::mLock)
+                 : flip(CameraControlCache::mLock);
     };
     // What the calls change, as seen from the thread holding the provider or session lock.
     auto state = [&] {

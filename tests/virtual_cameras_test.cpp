@@ -34,10 +34,7 @@ std::string num(const ::android::hardware::Return<T>& r) {
 
 // One call and what it leaves: the provider's log lines ("D ", "I " or "E " and the text) and
 // the listener's callbacks ("L " and the event), in order, then "= " and the answer.
-struct Step {
-    std::function<std::string()> call;
-    std::string timeline;
-};
+using Step = std::pair<std::function<std::string()>, std::string>;
 
 class VirtualCameraTest : public ::testing::Test {
   protected:
@@ -51,14 +48,12 @@ class VirtualCameraTest : public ::testing::Test {
         for (size_t i = 0; i < steps.size(); ++i) {
             SCOPED_TRACE("step " + std::to_string(i));
             LogCapture::clear();
-            const std::string answer = steps[i].call();
+            const std::string answer = steps[i].first();
             std::string timeline;
-            for (const LogLine& l : LogCapture::lines()) {
-                const char kind = l.tag == kListenerTag ? 'L' : "DIWE"[l.priority - kDebug];
-                timeline += std::string(1, kind) + " " + l.text + "|";
-            }
-            timeline += "= " + answer;
-            EXPECT_EQ(timeline, steps[i].timeline);
+            for (const LogLine& l : LogCapture::lines())
+                timeline += (l.tag == kListenerTag ? 'L' : "DIWE"[l.priority - kDebug]) +
+                            (" " + l.text + "|");
+            EXPECT_EQ(timeline + "= " + answer, steps[i].second);
         }
     }
     // The getters' answers: the names quoted per result callback, the rest as numbers.
@@ -73,9 +68,9 @@ class VirtualCameraTest : public ::testing::Test {
     // The records' count per result callback, and "!" where they are not `want`.
     std::string infos(const std::vector<CameraInfo>& want) {
         std::string out;
-        provider->getVirtualCameraInfo([&](const hidl_vec<CameraInfo>& v) {
+        provider->getVirtualCameraInfo([&](const auto& v) {
             out += "[" + std::to_string(v.size()) +
-                   (std::vector<CameraInfo>(v) == want ? "]" : "!]");
+                   (want == std::vector<CameraInfo>(v) ? "]" : "!]");
         });
         return out;
     }
@@ -133,23 +128,22 @@ TEST_F(VirtualCameraTest, TablesAnswerLogAndNotify) {
                  provider->setMaxVirtualCameras("0", 0);
                  const std::string zero = max("0");
                  provider->setMaxVirtualCameras("0", 4294967295u);
-                 return zero + " " + prop("persist.tessaview.vc.max") + " " + max("0");
+                 const std::string m =
+                         zero + " " + prop("persist.tessaview.vc.max") + " " + max("0");
+                 // A capability the enumeration does not name is kept
+                 provider->setVirtualCameraCapability("0", Cap(42));
+                 return m + " " + cap("0");
              },
              "I setMaxVirtualCameras: camera: 0 setting max virtual cameras to 0|L "
              "onMaxVirtualCamerasChange 0 0|I getMaxVirtualCameras: camera: 0|I "
              "getMaxVirtualCameras: Found max virtual camers for camera: 0 max: 0|I "
              "setMaxVirtualCameras: camera: 0 setting max virtual cameras to 4294967295|L "
              "onMaxVirtualCamerasChange 0 4294967295|I getMaxVirtualCameras: camera: 0|I "
-             "getMaxVirtualCameras: Found max virtual camers for camera: 0 max: -1|= 0 4294967295 "
-             "4294967295"},
-            // A capability the enumeration does not name is kept
-            {[&] {
-                 provider->setVirtualCameraCapability("0", Cap(42));
-                 return cap("0");
-             },
+             "getMaxVirtualCameras: Found max virtual camers for camera: 0 max: -1|"
              "I setVirtualCameraCapability: camera: 0 capability: 42|L "
              "onVirtualCameraCapabilityChange 0 42|D getVirtualCameraCapability: camera: 0|I "
-             "getVirtualCameraCapability: found virtual camera: 0 capability: 42|= 42"},
+             "getVirtualCameraCapability: found virtual camera: 0 capability: 42|= 0 4294967295 "
+             "4294967295 42"},
             // Ids are whole and case-sensitive keys, one table each; the maximum property is
             // device-wide; an id with a NUL prints up to it
             {[&] {
@@ -173,20 +167,19 @@ TEST_F(VirtualCameraTest, TablesAnswerLogAndNotify) {
                  provider->setVirtualCameraInfo(sent);
                  sent[0].text1 = "changed";
                  sent[0].entries[1].value = sent[0].block[15] = sent[1].value2 = 0;
-                 return infos(two) +
-                        std::to_string(std::vector<CameraInfo>(listener->infos()[0]) == two);
-             },
-             "I setVirtualCameraInfo: info size 2|L onVirtualCameraInfos 2|I getVirtualCameraInfo: "
-             "|= [2]1"},
-            {[&] {
+                 const std::string deep =
+                         infos(two) +
+                         std::to_string(std::vector<CameraInfo>(listener->infos()[0]) == two);
                  provider->setVirtualCameraInfo({record("c", 3)});
                  const std::string one = infos({record("c", 3)});
                  provider->setVirtualCameraInfo({});
-                 return one + infos({});
+                 return deep + one + infos({});
              },
-             "I setVirtualCameraInfo: info size 1|L onVirtualCameraInfos 1|I getVirtualCameraInfo: "
+             "I setVirtualCameraInfo: info size 2|L onVirtualCameraInfos 2|I getVirtualCameraInfo: "
+             "|I setVirtualCameraInfo: info size 1|L onVirtualCameraInfos 1|I "
+             "getVirtualCameraInfo: "
              "|I setVirtualCameraInfo: info size 0|L onVirtualCameraInfos 0|I "
-             "getVirtualCameraInfo: |= [1][0]"},
+             "getVirtualCameraInfo: |= [2]1[1][0]"},
     });
 }
 
@@ -196,9 +189,7 @@ TEST_F(VirtualCameraTest, AvailabilitySwitchDrivesTrackingOnlyWithMultistream) {
         // for (-1 none), whether it changed (announced and written), then the tracking mode,
         // talker-tracking property and enable property
         const char *flag, *id;
-        bool available;
-        int asks;
-        bool announced;
+        int available, asks, announced;
         const char* after;
     };
     const Row rows[] = {
@@ -225,20 +216,17 @@ TEST_F(VirtualCameraTest, AvailabilitySwitchDrivesTrackingOnlyWithMultistream) {
         if (*r.flag == '1')
             t += "I setVirtualCameraAvailability: multistream feature flag enabled!!!|";
         if (r.asks >= 0) t += "D ZorvCameraProvider setTrackingMode " + mode + " \n|";
-        if (r.announced) {
+        if (r.announced)
             t += "D Tracking changed to " + mode + " |L cameraDeviceTrackingChange " + id + " " +
                  mode + "|I setTrackingModeProperty: setting talker tracking to " + mode + "|";
-        }
         t += "I setVirtualCameraEnabledProperty: setting property vendor.tessaview.vc.enable to " +
              on + "|L onVirtualCameraAvailablityChange " + id + " " + on + "|= " + r.after;
         steps.push_back({[this, r] {
-                             if (*r.flag != '\0')
-                                 setProp("persist.vendor.multistream.enable", r.flag);
+                             if (*r.flag) setProp("persist.vendor.multistream.enable", r.flag);
                              provider->setVirtualCameraAvailability(r.id, r.available);
-                             return std::to_string(
-                                            int(TrackingMode(provider->getTrackingMode("0")))) +
-                                    " " + prop("vendor.talkertracking.flag") + " " +
-                                    prop("vendor.tessaview.vc.enable");
+                             return cat({num(provider->getTrackingMode("0")), " ",
+                                         prop("vendor.talkertracking.flag"), " ",
+                                         prop("vendor.tessaview.vc.enable")});
                          },
                          t});
     }
