@@ -2,19 +2,66 @@
 #ifndef TESTS_SUPPORT_PROVIDERTEST_H
 #define TESTS_SUPPORT_PROVIDERTEST_H
 
+#include <functional>
+#include <mutex>
+#include <ostream>
 #include <string>
 #include <vector>
 
+#include <cutils/properties.h>
 #include <gtest/gtest.h>
 
 #include "FDSession.h"
 #include "ZorvCameraProvider.h"
+#include "kit/Format.h"
 #include "kit/RecordingListener.h"
 #include "support/LogCapture.h"
-#include "support/Properties.h"
-#include "support/ProviderPeer.h"
 #include "support/RecordingEngine.h"
-#include "support/TypePrinters.h"
+
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation {
+
+// Test access to provider state that has no interface method.
+class ZorvCameraProviderTestPeer {
+  public:
+    static void setZoomInLimit(ZorvCameraProvider& p, uint32_t limit) {
+        std::lock_guard lock(p.mLock);
+        p.mZoomInLimit = limit;
+    }
+    static uint32_t zoomInLimit(ZorvCameraProvider& p) {
+        std::lock_guard lock(p.mLock);
+        return p.mZoomInLimit;
+    }
+    static SceneControl lastCrop(ZorvCameraProvider& p) {
+        std::lock_guard lock(p.mLock);
+        return p.mLastCrop;
+    }
+    static size_t listenerCount(ZorvCameraProvider& p) {
+        std::lock_guard lock(p.mLock);
+        return p.mListeners.size();
+    }
+    // Sends one notification through the provider's fan-out.
+    static void notify(ZorvCameraProvider& p, const char* callback,
+                       const std::function<::android::hardware::Return<void>(
+                               const ::android::sp<IZorvCameraProviderCallback>&)>& call) {
+        p.notifyListeners(callback, call);
+    }
+    static auto& lock(ZorvCameraProvider& p) { return p.mLock; }
+};
+
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4::implementation
+
+// Readable GoogleTest output for the crop records (found by argument lookup).
+namespace vendor::zorv::zorvprovider::zorvprovider::V2_4 {
+
+inline void PrintTo(const Crop& c, std::ostream* os) {
+    *os << ::kit::formatCrop(c);
+}
+
+inline void PrintTo(const SceneControl& s, std::ostream* os) {
+    *os << ::kit::formatScene(s);
+}
+
+}  // namespace vendor::zorv::zorvprovider::zorvprovider::V2_4
 
 namespace testing_support {
 
@@ -28,6 +75,17 @@ using ::android::hardware::camera::common::V1_0::Status;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FDSession;
 using ::vendor::zorv::zorvprovider::fdstream::V1_0::implementation::FramingEngine;
 using Peer = ZorvCameraProviderTestPeer;
+
+// The property's text, or "" when it was never set.
+inline std::string prop(const std::string& name) {
+    char value[PROPERTY_VALUE_MAX];
+    property_get(name.c_str(), value, "");
+    return value;
+}
+
+inline void setProp(const std::string& name, const std::string& value) {
+    property_set(name.c_str(), value.c_str());
+}
 using Strings = std::vector<std::string>;
 using Lines = std::vector<LogLine>;
 
