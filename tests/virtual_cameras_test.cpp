@@ -1,6 +1,7 @@
 // Virtual cameras: capability, name list, maximum, availability switch with its tracking rule,
 // the info records, and the provider lock around each method.
 #include <stdint.h>
+#include <future>
 
 #include <android/log.h>
 
@@ -65,12 +66,15 @@ class VirtualCameraTest : public ::testing::Test {
     auto cap(const hidl_string& id) { return num(provider->getVirtualCameraCapability(id)); }
     auto max(const hidl_string& id) { return num(provider->getMaxVirtualCameras(id)); }
     auto on(const hidl_string& id) { return num(provider->getVirtualCameraAvailability(id)); }
-    // The records' count per result callback, and "!" where they are not `want`.
+    // The records' count per result callback, "!" where they are not `want`, "?" where another
+    // thread could take the provider lock meanwhile (the callback runs under it).
     std::string infos(const std::vector<CameraInfo>& want) {
         std::string out;
         provider->getVirtualCameraInfo([&](const auto& v) {
+            auto& m = Peer::lock(*provider);
+            bool free = std::async([&] { return m.try_lock() && (m.unlock(), true); }).get();
             out += "[" + std::to_string(v.size()) +
-                   (want == std::vector<CameraInfo>(v) ? "]" : "!]");
+                   (want == std::vector<CameraInfo>(v) ? "" : "!") + (free ? "?]" : "]");
         });
         return out;
     }

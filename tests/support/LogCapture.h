@@ -26,9 +26,7 @@ inline std::ostream& operator<<(std::ostream& os, const LogLine& line) {
 
 constexpr const char* kProviderTag = "vendor.zorv.zorvprovider.zorvprovider@2.4-impl";
 constexpr const char* kCacheTag = "CameraControlCache";
-constexpr int kDebug = 3;
-constexpr int kInfo = 4;
-constexpr int kError = 6;
+constexpr int kDebug = 3, kInfo = 4, kError = 6;  // log priorities
 
 // Every priority is captured, through liblog's logger hook installed before main().
 class LogCapture {
